@@ -1,0 +1,20 @@
+# Libraries that come as packages.
+add_library(pcre2_16 INTERFACE)
+if(WIN32)
+  # Built from Debian's source by `./dev setup`.
+  set(NORVANE_PCRE2_ROOT "${CMAKE_SOURCE_DIR}/build/pcre2-windows" CACHE PATH "PCRE2 for Windows")
+  target_include_directories(pcre2_16 SYSTEM INTERFACE ${NORVANE_PCRE2_ROOT}/include)
+  target_compile_definitions(pcre2_16 INTERFACE PCRE2_STATIC)
+  target_link_libraries(pcre2_16 INTERFACE ${NORVANE_PCRE2_ROOT}/lib/libpcre2-16.a)
+  # Header-only libraries of the host, without the host's own headers beside them.
+  set(host_headers ${CMAKE_BINARY_DIR}/host-headers)
+  file(MAKE_DIRECTORY ${host_headers})
+  foreach(name CLI nlohmann)
+    file(CREATE_LINK /usr/include/${name} ${host_headers}/${name} SYMBOLIC)
+  endforeach()
+  add_library(cli_and_json INTERFACE)
+  target_include_directories(cli_and_json SYSTEM INTERFACE ${host_headers})
+else()
+  target_link_libraries(pcre2_16 INTERFACE pcre2-16)
+  add_library(cli_and_json INTERFACE)
+endif()

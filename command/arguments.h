@@ -1,0 +1,43 @@
+// arguments.h
+//
+// The command line of norvanectl.
+#pragma once
+#include <string>
+#include <vector>
+
+enum class ConsoleCommand { kUsers, kBackup, kInfo };
+
+// Texts are UTF-8 as they were given.
+struct ConsoleArguments {
+  ConsoleCommand command = ConsoleCommand::kUsers;
+
+  // Common to all commands.
+  bool isDryRun = false;
+  bool isJson = false;
+  bool isQuiet = false;
+  std::string log;  // empty: the log beside the program
+
+  // backup
+  std::string to;
+  std::string name;
+  bool hasName = false;
+  std::vector<std::string> users;  // empty: all
+  std::string folders = "all";
+  std::vector<std::string> extraFolders;
+  bool updateOnly = false;
+  bool copiesSystem = false;
+  bool copiesHidden = false;
+
+  // info
+  std::string set;
+};
+
+enum class ParseOutcome {
+  kRun,    // the arguments name a command to run
+  kShown,  // help or version were asked for; `text` goes to standard output
+  kWrong,  // `text` is a sentence that says what is wrong
+};
+
+// `words` are the arguments without the program's name.
+ParseOutcome ParseArguments(const std::vector<std::string>& words, ConsoleArguments& arguments,
+                            std::string& text);

@@ -1,0 +1,31 @@
+// backup_plan.h
+//
+// From the arguments of `backup` to what the Backup screen would have gathered, with everything looked at
+// that can be looked at before anything is made.
+#pragma once
+#include <string>
+
+#include "arguments.h"
+#include "core/app_object.h"
+#include "exit_code.h"
+#include "operations/backup_selection.h"
+
+struct BackupPlan {
+  BackupSelection selection;
+  WString name;          // cleaned
+  WString target;        // folder of the set
+  WStringArray leftOut;  // chosen accounts that the account database doesn't describe; not ticked
+};
+
+// Why there is no plan.
+struct PlanProblem {
+  ExitCode exitCode = kExitNothingDone;
+  std::string sentence;  // UTF-8, escaped
+};
+
+// Loads the hives of the accounts; nothing else is changed. False with the problem.
+bool PlanBackup(const ConsoleArguments& arguments, const AppObject& app, BackupPlan& plan,
+                PlanProblem& problem);
+
+// What is said of an account that was left out. UTF-8, escaped.
+std::string LeftOutSentence(const WString& account);

@@ -1,0 +1,70 @@
+#include "console.h"
+
+#include "arguments.h"
+#include "backup_command.h"
+#include "info_command.h"
+#include "interrupt.h"
+#include "missing_privileges.h"
+#include "operations/extra_folders.h"
+#include "operations/path_queries.h"
+#include "refusal.h"
+#include "run_console.h"
+#include "users/user_hives.h"
+#include "users_command.h"
+#include "utf8_text.h"
+
+namespace {
+
+// A hive that stays loaded spoils the account's next logon, so no way out passes this by.
+struct OwnHives {
+  ~OwnHives() { UnloadOwnHives(); }
+};
+
+// Where the entries of the log go. False if they can't.
+bool ChooseLog(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput& output) {
+  if (arguments.isDryRun) {
+    app.logPath.Clear();
+    return true;
+  }
+  if (arguments.log.empty()) return true;
+  app.logPath = CleanExtraFolder(FromUtf8Text(arguments.log).CStr());
+  if (!IsFolderPath(app.logPath.CStr())) return true;
+  Refuse(arguments, "The log \"" + Escaped(app.logPath) + "\" is a folder; give a file with --log.", output);
+  return false;
+}
+
+ExitCode RunWithAccounts(const ConsoleArguments& arguments, ConsoleOutput& output) {
+  const OwnHives hives;
+  AppObject app;
+  app.PrepareRun(GetModuleHandleW(nullptr), L"", false);
+  if (!ChooseLog(arguments, app, output)) return kExitNothingDone;
+  const std::string missing = MissingPrivilegesSentence();
+  if (!missing.empty() && !arguments.isQuiet) output.Error(missing);
+  return arguments.command == ConsoleCommand::kUsers ? RunUsersCommand(arguments, app, output)
+                                                     : RunBackupCommand(arguments, app, output);
+}
+
+}  // namespace
+
+int RunConsole(const std::vector<std::string>& words, ConsoleOutput& output) {
+  ConsoleArguments arguments;
+  std::string text;
+  switch (ParseArguments(words, arguments, text)) {
+    case ParseOutcome::kRun:
+      break;
+    case ParseOutcome::kShown:
+      output.Result(text);
+      return kExitDone;
+    case ParseOutcome::kWrong:
+      output.Error(text);
+      return kExitUsage;
+  }
+  const InterruptGuard guard;
+  return arguments.command == ConsoleCommand::kInfo ? RunInfoCommand(arguments, output)
+                                                    : RunWithAccounts(arguments, output);
+}
+
+extern "C" int NorvaneConsoleMain(int count, const char* const* arguments) {
+  ConsoleOutput output;
+  return RunConsole(std::vector<std::string>(arguments + (count > 0 ? 1 : 0), arguments + count), output);
+}

@@ -1,0 +1,14 @@
+// refusal.h
+//
+// How a command says that it can't do what was asked for.
+#pragma once
+#include <string>
+
+#include "arguments.h"
+#include "console_output.h"
+#include "exit_code.h"
+
+// Says `sentence` (UTF-8, escaped) on standard error and, with --json, as the last event. Gives
+// `exitCode` back.
+ExitCode Refuse(const ConsoleArguments& arguments, const std::string& sentence, ConsoleOutput& output,
+                ExitCode exitCode = kExitNothingDone);

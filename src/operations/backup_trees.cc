@@ -1,0 +1,140 @@
+#include "operations/backup_trees.h"
+
+#include <windows.h>
+// The header below needs windows.h before it.
+#include <shlobj.h>
+
+#include <initializer_list>
+
+#include "operations/path_queries.h"
+#include "users/account_lookup.h"
+#include "users/user_folders.h"
+
+namespace {
+
+constexpr double kFirstNewLayout = 5.9;  // Windows Vista and later
+
+void AddTree(UserTrees& user, const WString& source, const WString& target, uint32_t bit, bool fast) {
+  BackupTree tree;
+  tree.source = source;
+  tree.target = target;
+  tree.bit = bit;
+  tree.fast = fast;
+  user.trees.push_back(tree);
+}
+
+// An empty or a relative path in the registry, or one with a variable that only the account has, names
+// no folder.
+bool FindFolder(const UserTrees& user, const wchar_t* logicalName, WString& source) {
+  return GetUserFolder(user.sid.CStr(), logicalName, source, user.profile.CStr()) && IsAbsolutePath(source);
+}
+
+// Application data, and behind it the folders that the fast copy leaves out with everything called
+// "Windows" at its second level.
+void AddApplicationData(UserTrees& user, const wchar_t* logicalName, const wchar_t* setFolder,
+                        std::initializer_list<const wchar_t*> leaves) {
+  WString source;
+  if (!FindFolder(user, logicalName, source)) {
+    user.notFound.Add(logicalName);
+    return;
+  }
+  WString target;
+  target.Concat(user.target.CStr(), L"\\", setFolder);
+  AddTree(user, source, target, kMaskAppData, true);
+  source.StripTrailingBackslashes();
+  for (const wchar_t* leaf : leaves) {
+    WString innerSource, innerTarget;
+    innerSource.Concat(source.CStr(), L"\\Microsoft\\Windows\\", leaf);
+    innerTarget.Concat(target.CStr(), L"\\Microsoft\\Windows\\", leaf);
+    AddTree(user, innerSource, innerTarget, kMaskAppData, true);
+  }
+}
+
+void AddFolder(UserTrees& user, const FolderRow& row) {
+  WString source;
+  if (!FindFolder(user, row.logicalName, source)) {
+    user.notFound.Add(row.text);
+    return;
+  }
+  WString target;
+  target.Concat(user.target.CStr(), L"\\", row.setFolder);
+  AddTree(user, source, target, row.bit, false);
+}
+
+WString LeafBetweenBars(WString path) {
+  path.LastComponent();
+  path.Append(L"|");
+  return path;
+}
+
+}  // namespace
+
+bool ListUserTrees(const wchar_t* name, const wchar_t* setFolder, uint32_t mask, double windowsVersion,
+                   UserTrees& user) {
+  user.trees.clear();
+  user.notFound.Clear();
+  user.target = UserFolderInSet(setFolder, name);
+  if (!GetAccountSidAndProfile(name, user.sid, &user.profile)) return false;
+  if (mask & kMaskAppData) {
+    AddApplicationData(user, kFolderAppData, kAppDataFolder, {L"Themes", L"SendTo", L"Account Pictures"});
+    AddApplicationData(user, kFolderLocalAppData, kLocalAppDataFolder, {L"Themes"});
+  }
+  // Before Windows Vista, Downloads lies in Documents and would be copied twice.
+  bool downloadsInDocuments = windowsVersion <= kFirstNewLayout && (mask & kMaskDocuments);
+  for (const FolderRow& row : kFolderRows) {
+    if (!(mask & row.bit) || row.bit == kMaskAppData || row.bit == kMaskOther) continue;
+    if (row.bit == kMaskDownloads && downloadsInDocuments) continue;
+    AddFolder(user, row);
+  }
+  if (mask & kMaskOther) {
+    AddTree(user, user.profile, user.target, kMaskOther, false);
+    user.trees.back().otherFolders = true;
+  }
+  return true;
+}
+
+WString OtherFolderExclusions(const wchar_t* consoleSid, const wchar_t* consoleProfile) {
+  WString list(L"|");
+  for (int folder :
+       {CSIDL_PERSONAL, CSIDL_DESKTOPDIRECTORY, CSIDL_MYMUSIC, CSIDL_MYPICTURES, CSIDL_MYVIDEO}) {
+    wchar_t path[MAX_PATH] = {};
+    // Only the name counts, so the folder needn't be there: the system's own account has none of them.
+    if (FAILED(SHGetFolderPathW(nullptr, folder | CSIDL_FLAG_DONT_VERIFY, nullptr, 0, path))) path[0] = 0;
+    list.Append(LeafBetweenBars(path).CStr());
+  }
+  // Where nobody sits at the console, as in a rescue, the name that every system gives it.
+  WString downloads;
+  if (!GetUserFolder(consoleSid, kFolderDownloads, downloads, consoleProfile)) downloads = L"Downloads";
+  list.Append(LeafBetweenBars(downloads).CStr());
+  list.Append(L"Appdata|");
+  return list;
+}
+
+bool IsExcludedFolder(const WString& exclusions, const wchar_t* name) {
+  WString item;
+  item.Concat(L"|", name, L"|");
+  return exclusions.Find(item.CStr(), false) != 0;
+}
+
+std::vector<BackupTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
+                                        double windowsVersion) {
+  std::vector<BackupTree> trees;
+  for (uint32_t row = 0; row < selection.users.count; row++) {
+    if (!selection.IsUserTicked(row) || !(selection.folderMask & kMaskAll)) continue;
+    UserTrees user;
+    if (!ListUserTrees(selection.users[row].CStr(), setFolder, selection.folderMask, windowsVersion, user)) {
+      continue;
+    }
+    trees.insert(trees.end(), user.trees.begin(), user.trees.end());
+  }
+  for (uint32_t row = 0; row < selection.extraFolders.count; row++) {
+    WString name;
+    const WString& path = selection.extraFolders[row];
+    if (!selection.IsExtraTicked(row) || !Md5Name(path.CStr(), name)) continue;
+    BackupTree tree;
+    tree.source = path;
+    tree.target = ExtraFolderInSet(setFolder, name.CStr());
+    trees.push_back(tree);
+  }
+  return trees;
+}

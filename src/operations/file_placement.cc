@@ -1,0 +1,44 @@
+#include "operations/file_placement.h"
+
+#include "foundation/force_delete.h"
+
+namespace {
+
+bool Replace(const wchar_t* temporary, const wchar_t* target) {
+  return MoveFileExW(temporary, target, MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+// Whether it is the file in the place that said no. After any other error, such as a full disk, the old
+// file is the last good copy and must not be touched.
+bool IsRefusal(DWORD error) {
+  return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+         error == ERROR_USER_MAPPED_FILE;
+}
+
+// The file keeps standing until the new one takes its place, so the attribute goes first, and comes back
+// if that doesn't help.
+bool ReplaceReadOnly(const wchar_t* temporary, const wchar_t* target, DWORD attributes) {
+  if (!(attributes & FILE_ATTRIBUTE_READONLY)) return false;
+  DWORD writable = attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+  if (!SetFileAttributesW(target, writable ? writable : FILE_ATTRIBUTE_NORMAL)) return false;
+  if (Replace(temporary, target)) return true;
+  SetFileAttributesW(target, attributes);
+  return false;
+}
+
+}  // namespace
+
+Placement PutInPlace(const wchar_t* temporary, const wchar_t* target, bool targetExists, DWORD& error) {
+  if (!targetExists && MoveFileExW(temporary, target, 0)) return Placement::kPlaced;
+  if (Replace(temporary, target)) return Placement::kReplaced;
+  error = GetLastError();
+  DWORD attributes = GetFileAttributesW(target);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return Placement::kFailed;
+  if (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) return Placement::kRefused;
+  if (!IsRefusal(error)) return Placement::kFailed;
+  if (ReplaceReadOnly(temporary, target, attributes)) return Placement::kReplaced;
+  if (ForceDelete(target, kDeleteTakeOwnership) != kDeleted) return Placement::kRefused;
+  if (Replace(temporary, target)) return Placement::kReplaced;
+  error = GetLastError();
+  return Placement::kFailed;
+}

@@ -1,0 +1,35 @@
+#include "operations/held_way.h"
+
+#include "foundation/split_list.h"
+#include "operations/walk_path.h"
+
+HeldWay::Result HeldWay::Hold(const wchar_t* root, const wchar_t* relative, bool makes) {
+  WalkPath path(root);
+  SplitList names;
+  names.Split(relative, L"\\", true);
+  for (uint32_t i = 0; i < names.count; i++) {
+    if (names.pieces[i][0] == 0) continue;
+    if (!path.Push(names.pieces[i])) {
+      SetLastError(ERROR_FILENAME_EXCED_RANGE);
+      return Result::kFailed;
+    }
+    Result result = HoldStep(path.CStr(), makes);
+    if (result != Result::kHeld) return result;
+  }
+  return Result::kHeld;
+}
+
+HeldWay::Result HeldWay::HoldStep(const wchar_t* path, bool makes) {
+  if (makes && !CreateDirectoryW(path, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+    return Result::kFailed;
+  HeldDirectory step;
+  HoldResult result = step.Open(path);
+  if (result == HoldResult::kLink) return Result::kLink;
+  if (result == HoldResult::kFailed) {
+    DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Result::kMissing
+                                                                          : Result::kFailed;
+  }
+  steps_.push_back(std::move(step));
+  return Result::kHeld;
+}

@@ -1,0 +1,35 @@
+#include "operations/operation_context.h"
+
+OperationContext::OperationContext()
+    : stop(0),
+      app(nullptr),
+      copyOptions(0),
+      attributeMask(0),
+      progress(0),
+      kind(0),
+      sourceVersion(0.0),
+      firstLine(nullptr),
+      secondLine(nullptr),
+      bar(nullptr),
+      thirdLine(nullptr),
+      itemsDone(0),
+      itemsTotal(0),
+      errors(0),
+      bytesDone(0),
+      bytesTotal(0),
+      sourceTime(0),
+      targetValue(0),
+      document(nullptr),
+      copyBuffer(nullptr),
+      copyBufferSize(0),
+      moveFiles(false),
+      failures(0),
+      linksSkipped(0),
+      filesCopied(0),
+      bytesCopied(0),
+      outcome(OperationOutcome::kNotStarted),
+      targetFull(false),
+      logFailed(false),
+      observer(nullptr) {}
+
+OperationContext::~OperationContext() { delete[] copyBuffer; }

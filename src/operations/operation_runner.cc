@@ -1,0 +1,91 @@
+#include "operations/operation_runner.h"
+
+namespace {
+
+// The heaps that the worker takes memory from: that of the process, and that of the C runtime, which
+// older systems give a heap of its own.
+class HeapLocks {
+ public:
+  HeapLocks() : processHeap_(GetProcessHeap()), runtimeHeap_(RuntimeHeap()) {
+    if (runtimeHeap_ == processHeap_) runtimeHeap_ = nullptr;
+    HeapLock(processHeap_);
+    if (runtimeHeap_) HeapLock(runtimeHeap_);
+  }
+  ~HeapLocks() {
+    if (runtimeHeap_) HeapUnlock(runtimeHeap_);
+    HeapUnlock(processHeap_);
+  }
+  HeapLocks(const HeapLocks&) = delete;
+  HeapLocks& operator=(const HeapLocks&) = delete;
+
+ private:
+  static HANDLE RuntimeHeap() {
+    HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
+    FARPROC function = runtime ? GetProcAddress(runtime, "_get_heap_handle") : nullptr;
+    if (!function) return nullptr;
+    using GetHeapHandle = INT_PTR(__cdecl*)();
+    auto getHeapHandle = reinterpret_cast<GetHeapHandle>(reinterpret_cast<void*>(function));
+    return reinterpret_cast<HANDLE>(getHeapHandle());
+  }
+
+  HANDLE processHeap_;
+  HANDLE runtimeHeap_;
+};
+
+// A worker that stands still inside the heap would stop this thread at its next allocation.
+bool SuspendOutsideHeap(HANDLE thread) {
+  HeapLocks locks;
+  if (SuspendThread(thread) == static_cast<DWORD>(-1)) return false;
+  // The call above only asks for it; this one waits until the thread really stands, and must do so
+  // before the heap is free again. What it tells isn't needed.
+  CONTEXT context = {};
+  context.ContextFlags = CONTEXT_CONTROL;
+  GetThreadContext(thread, &context);
+  return true;
+}
+
+}  // namespace
+
+OperationRunner::OperationRunner(OperationContext& context) : context_(context), isPaused_(false) {}
+
+OperationRunner::~OperationRunner() {
+  if (!thread_) return;
+  Stop();
+  WaitForSingleObject(thread_.Get(), INFINITE);
+}
+
+bool OperationRunner::Start(LPTHREAD_START_ROUTINE entry) {
+  thread_.Reset(CreateThread(nullptr, 0, entry, &context_, 0, nullptr));
+  return static_cast<bool>(thread_);
+}
+
+bool OperationRunner::WaitForEnd(DWORD milliseconds) {
+  // Anything but a time-out counts as ended, so that nobody waits for a handle that isn't one.
+  return !thread_ || WaitForSingleObject(thread_.Get(), milliseconds) != WAIT_TIMEOUT;
+}
+
+bool OperationRunner::Pause() {
+  if (isPaused_) return true;
+  isPaused_ = thread_ && SuspendOutsideHeap(thread_.Get());
+  return isPaused_;
+}
+
+bool OperationRunner::Resume() {
+  if (isPaused_) isPaused_ = ResumeThread(thread_.Get()) == static_cast<DWORD>(-1);
+  return !isPaused_;
+}
+
+void OperationRunner::Stop() {
+  context_.stop = 1;
+  Resume();
+}
+
+OperationOutcome RunToEnd(OperationContext& context, LPTHREAD_START_ROUTINE entry,
+                          const OperationTick& tick) {
+  OperationRunner runner(context);
+  if (!runner.Start(entry)) return context.outcome;
+  while (!runner.WaitForEnd(tick.interval)) {
+    if (tick.tick && !tick.tick(tick.owner, context)) runner.Stop();
+  }
+  return context.outcome;
+}

@@ -1,0 +1,70 @@
+#include "operations/set_accounts.h"
+
+#include <set>
+
+#include "operations/backup_set.h"
+#include "operations/path_queries.h"
+
+namespace {
+
+// Names as keys are matched: the first unit exactly, the others without regard to case.
+struct KeyOrder {
+  bool operator()(const WString& a, const WString& b) const {
+    const wchar_t* left = a.CStr();
+    const wchar_t* right = b.CStr();
+    if (*left != *right) return *left < *right;
+    while (*left != 0 && LowerUnit(*left) == LowerUnit(*right)) {
+      ++left;
+      ++right;
+    }
+    return LowerUnit(*left) < LowerUnit(*right);
+  }
+};
+
+// The accounts of the last run. All at once, since a lookup in the document takes a walk through it.
+std::set<WString, KeyOrder> ReadChosen(IniDocument& document) {
+  std::set<WString, KeyOrder> seen, chosen;
+  uint32_t first = 0, end = 0;
+  document.FindSection(kBackupUsersSection, first, end);
+  if (first == 0) return chosen;
+  WString name, value;
+  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
+    const bool isFirst = document.ParseKeyLine(line, name, value) && seen.insert(name).second;
+    if (isFirst && value.ToUInt32() != 0) chosen.insert(name);
+  }
+  return chosen;
+}
+
+}  // namespace
+
+void ParseUserValue(const WString& value, int32_t& privilege, WString& displayName) {
+  privilege = -1;
+  displayName = value;
+  const int32_t bar = value.Find(L"|");
+  if (bar == 0) return;
+  displayName.RemoveLeft(bar);
+  const wchar_t first = value.buffer[0];
+  if (first < L'0' || first > L'9') return;
+  const uint32_t level = WString(value).ToUInt32();  // ends at the bar
+  if (level <= 2) privilege = static_cast<int32_t>(level);
+}
+
+std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder) {
+  std::vector<SetAccount> accounts;
+  uint32_t first = 0, end = 0;
+  document.FindSection(kUsersSection, first, end);
+  if (first == 0) return accounts;
+  const std::set<WString, KeyOrder> chosen = ReadChosen(document);
+  WString value;
+  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
+    SetAccount account;
+    if (!document.ParseKeyLine(line, account.name, value)) continue;
+    ParseUserValue(value, account.privilege, account.displayName);
+    if (account.displayName.IsEmpty()) account.displayName = account.name;
+    account.isBackedUp = chosen.count(account.name) != 0;
+    account.hasFolder =
+        IsPlainName(account.name) && IsFolderPath(UserFolderInSet(setFolder, account.name.CStr()).CStr());
+    accounts.push_back(std::move(account));
+  }
+  return accounts;
+}

@@ -1,0 +1,62 @@
+#include "operations/temporary_file.h"
+
+#include <cstring>
+
+#include "foundation/force_delete.h"
+
+namespace {
+
+constexpr int kNames = 3;
+constexpr wchar_t kStem[] = L"~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.";
+
+void NameOf(int index, wchar_t* name) {
+  memcpy(name, kStem, sizeof(kStem));
+  constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
+  name[kStemLength] = static_cast<wchar_t>(L'1' + index);
+  name[kStemLength + 1] = 0;
+}
+
+bool IsPlainFile(const wchar_t* path) {
+  DWORD attributes = GetFileAttributesW(path);
+  return attributes != INVALID_FILE_ATTRIBUTES &&
+         !(attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT));
+}
+
+}  // namespace
+
+bool IsTemporaryName(const wchar_t* name) {
+  constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
+  for (size_t i = 0; i < kStemLength; i++) {
+    if (name[i] != kStem[i]) return false;
+  }
+  return name[kStemLength] >= L'1' && name[kStemLength] < L'1' + kNames && name[kStemLength + 1] == 0;
+}
+
+TemporaryName::TemporaryName(WalkPath& path)
+    : path_(path), folderLength_(path.Length()), index_(0), removedLeftover_(false), isValid_(UseName(0)) {}
+
+bool TemporaryName::UseName(int index) {
+  wchar_t name[sizeof(kStem) / sizeof(wchar_t) + 1];
+  NameOf(index, name);
+  path_.Cut(folderLength_);
+  return path_.Push(name);
+}
+
+bool TemporaryName::IsWorthRetry(DWORD error) {
+  // A file that is being deleted by somebody refuses access until it is gone.
+  bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS || error == ERROR_ACCESS_DENIED;
+  if (!isValid_ || !isTaken) return false;
+  if (!removedLeftover_ && error != ERROR_ACCESS_DENIED && IsPlainFile(path_.CStr()) &&
+      ForceDelete(path_.CStr(), 0) == kDeleted) {
+    removedLeftover_ = true;
+    return true;
+  }
+  removedLeftover_ = false;
+  SetLastError(error);
+  if (++index_ >= kNames) return false;
+  return UseName(index_);
+}
+
+void RemoveTemporary(const wchar_t* path) {
+  if (!DeleteFileW(path) && IsPlainFile(path)) ForceDelete(path, kDeleteTakeOwnership);
+}

@@ -1,0 +1,84 @@
+#include "users/account_lookup.h"
+
+#include <windows.h>
+// The headers below need windows.h before them.
+#include <lm.h>
+#include <sddl.h>
+#include <shlwapi.h>
+#include <userenv.h>
+
+#include "foundation/registry.h"
+#include "foundation/unique_handle.h"
+#include "users/expand_variables.h"
+
+namespace {
+
+constexpr wchar_t kProfileListKey[] =
+    L"HKLM64\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\";
+
+// The path that the account database itself keeps for the profile; mostly empty.
+WString DatabaseProfile(const wchar_t* name) {
+  WString profile;
+  USER_INFO_4* info = nullptr;
+  if (NetUserGetInfo(nullptr, name, 4, reinterpret_cast<BYTE**>(&info)) == NERR_Success && info) {
+    profile.Assign(info->usri4_profile);
+  }
+  if (info) NetApiBufferFree(info);
+  ExpandVariables(profile);
+  profile.StripTrailingBackslashes();
+  return profile;
+}
+
+bool ConventionalProfile(const wchar_t* name, WString& profile) {
+  WString folder;
+  DWORD size = MAX_PATH;
+  folder.Reserve(MAX_PATH, nullptr, true);
+  if (!GetProfilesDirectoryW(folder.buffer, &size)) return false;
+  folder.length = 0;
+  profile.Concat(folder.CStr(), L"\\", name);
+  if (PathFileExistsW(profile.CStr())) return true;
+  profile.Assign(L"");
+  return false;
+}
+
+}  // namespace
+
+bool AccountNameToSid(WString& name) {
+  constexpr DWORD kSidRoom = 260;
+  constexpr DWORD kDomainRoom = 260;
+  alignas(DWORD) BYTE sid[kSidRoom];
+  wchar_t domain[kDomainRoom];
+  DWORD sidSize = kSidRoom, domainSize = kDomainRoom;
+  SID_NAME_USE use;
+  // An empty name would be found, too: as the domain of the built-in groups.
+  if (name.IsEmpty()) return false;
+  if (!LookupAccountNameW(nullptr, name.CStr(), sid, &sidSize, domain, &domainSize, &use)) return false;
+  LPWSTR text = nullptr;
+  if (!ConvertSidToStringSidW(sid, &text)) return false;
+  UniqueLocalMemory owner(text);
+  name.Assign(text);
+  return true;
+}
+
+bool GetProfilePathFromSid(const wchar_t* sid, WString* profile) {
+  if (!profile) return false;
+  WString path;
+  path.Concat(kProfileListKey, sid);
+  UniqueKey key(OpenKey(path.CStr(), KEY_READ));
+  if (!key || !QueryStringValue(key.Get(), L"ProfileImagePath", *profile)) return false;
+  ExpandVariables(*profile);
+  profile->StripTrailingBackslashes();
+  return true;
+}
+
+bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile) {
+  WString account(name);
+  WString text(account);
+  if (!AccountNameToSid(text)) return false;
+  sid = text;
+  if (!profile) return true;
+  *profile = DatabaseProfile(account.CStr());
+  if (!profile->IsEmpty() && PathFileExistsW(profile->CStr())) return true;
+  if (GetProfilePathFromSid(sid.CStr(), profile)) return true;
+  return ConventionalProfile(account.CStr(), *profile);
+}

@@ -1,0 +1,18 @@
+// account_lookup.h
+//
+// From the name of an account to its SID and its profile folder.
+#pragma once
+#include "foundation/wstring.h"
+
+// The SID's text form, and the profile folder where one is asked for: the account database's own path
+// if it exists on disk, then ProfileList's (which isn't tested), then <profiles folder>\<name> if that
+// exists. True if all that was asked for was found. Without a SID `profile` stays as it was; without a
+// folder it is empty. No hive is loaded.
+bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile = nullptr);
+
+// ProfileImagePath of the account's ProfileList key, with variables expanded, from the 64-bit view.
+// False if it can't be read, or without an output.
+bool GetProfilePathFromSid(const wchar_t* sid, WString* profile);
+
+// Replaces an account's name by its SID's text form. False if the name has no SID; it stays then.
+bool AccountNameToSid(WString& name);

@@ -1,0 +1,195 @@
+// What the log promises when the program ends in the middle, and what long runs cost.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "machine/faults.h"
+#include "support/log_text.h"
+
+namespace {
+
+struct FaultsOff {
+  ~FaultsOff() { machine::ClearFaults(); }
+};
+
+class LogFaults : public testing::TestWithParam<size_t> {
+ protected:
+  // A log with that many lines behind the place of the entries.
+  void Fill(LogPlace& log) {
+    log.Fill("[ Backup ]\r\nkept\r\n[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old"));
+  }
+  FaultsOff off_;
+};
+
+// Ended before any change of the disk: the file is whole, and every entry that was said to be written is
+// there. The next program goes on with it and leaves it clean.
+TEST_P(LogFaults, LoseNothingWhenTheProgramEnds) {
+  constexpr int kEntries = 12;
+  for (uint64_t n = 1;; n++) {
+    LogPlace log;
+    Fill(log);
+    int pipes[2];
+    ASSERT_EQ(pipe(pipes), 0);
+    pid_t child = fork();
+    if (child == 0) {
+      machine::FaultPlan plan;
+      plan.endAtChange = n;
+      machine::SetFaults(plan);
+      for (int i = 0; i < kEntries; i++) {
+        char mark = log.Write(L" Backup ", "entry " + std::to_string(i)) ? 'w' : 'f';
+        if (write(pipes[1], &mark, 1) != 1) _exit(1);
+      }
+      log.Close();
+      _exit(0);
+    }
+    close(pipes[1]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    char marks[kEntries];
+    ssize_t written = read(pipes[0], marks, sizeof(marks));
+    close(pipes[0]);
+    ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99));
+
+    std::string expected = "[ Backup ]\r\nkept\r\n";
+    for (int i = 0; i < written; i++) {
+      EXPECT_EQ(marks[i], 'w');
+      expected += LogPlace::Stamp(i) + "=entry " + std::to_string(i) + "\r\n";
+    }
+    std::string next =
+        LogPlace::Stamp(static_cast<int>(written)) + "=entry " + std::to_string(written) + "\r\n";
+    const std::string rest = "[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old");
+    std::string text = log.TextWithoutBlankLines();
+    // The entry in hand may have got there just before the end.
+    EXPECT_TRUE(text == expected + rest || text == expected + next + rest) << "change " << n << ": " << text;
+    std::string before = text.substr(0, text.size() - rest.size());
+    EXPECT_TRUE(log.Write(L" Backup ", "after"));
+    log.Close();
+    text = log.Text();
+    EXPECT_TRUE(text.starts_with(before) && text.ends_with("=after\r\n" + rest))
+        << "change " << n << ": " << text;
+    EXPECT_EQ(text.find("  "), std::string::npos) << "change " << n;
+    if (WEXITSTATUS(status) == 0) break;
+  }
+}
+
+// Every call may fail: an entry that isn't there was said to be lost, and nothing else is lost with it.
+TEST_P(LogFaults, SayWhatTheyCouldNotWrite) {
+  constexpr int kEntries = 6;
+  for (uint64_t n = 1;; n++) {
+    LogPlace log;
+    Fill(log);
+    machine::FaultPlan plan;
+    plan.nth = n;
+    plan.error = ERROR_DISK_FULL;
+    machine::SetFaults(plan);
+    std::vector<bool> written;
+    for (int i = 0; i < kEntries; i++)
+      written.push_back(log.Write(L" Backup ", "entry " + std::to_string(i)));
+    log.Close();
+    uint64_t calls = machine::FaultCalls();
+    machine::ClearFaults();
+    std::string text = log.TextWithoutBlankLines();
+    for (int i = 0; i < kEntries; i++) {
+      size_t count = LogPlace::Count(text, "=entry " + std::to_string(i) + "\r\n");
+      EXPECT_EQ(count, written[static_cast<size_t>(i)] ? 1u : 0u) << "call " << n << ", entry " << i;
+    }
+    EXPECT_TRUE(text.ends_with("[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old"))) << "call " << n;
+    if (calls < n) break;
+  }
+}
+
+// A full disk is when there is most to log; it must not cost what stands in the file already.
+TEST_P(LogFaults, KeepTheFileWholeOnAFullDisk) {
+  const std::string rest = "[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old");
+  for (int64_t room = 0; room < 400; room += 3) {
+    LogPlace log;
+    Fill(log);
+    machine::FaultPlan plan;
+    plan.bytesLeft = room;
+    machine::SetFaults(plan);
+    std::string expected = "[ Backup ]\r\nkept\r\n";
+    for (int i = 0; i < 5; i++) {
+      std::string message = "entry " + std::to_string(i);
+      if (log.Write(L" Backup ", message)) expected += LogPlace::Stamp(i) + "=" + message + "\r\n";
+      EXPECT_EQ(log.TextWithoutBlankLines(), expected + rest) << room << " bytes left";
+    }
+    machine::ClearFaults();
+    log.Close();
+    EXPECT_EQ(log.Text(), expected + rest) << room << " bytes left";
+  }
+}
+
+// Two processes at once, as a program with windows and one of the console would be.
+TEST_P(LogFaults, ShareTheFileWithAnotherProcess) {
+  constexpr int kEntries = 150;
+  LogPlace log;
+  Fill(log);
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < 2; writer++) {
+    pid_t child = fork();
+    if (child == 0) {
+      bool isGood = true;
+      for (int i = 0; i < kEntries; i++) {
+        isGood =
+            log.Write(L" Backup ", "w" + std::to_string(writer) + " " + std::to_string(i) + ".") && isGood;
+      }
+      log.Close();
+      _exit(isGood ? 0 : 1);
+    }
+    children.push_back(child);
+  }
+  for (pid_t child : children) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  std::string text = log.Text();
+  for (int i = 0; i < 2 * kEntries; i++) EXPECT_EQ(LogPlace::Count(text, LogPlace::Stamp(i) + "=w"), 1u) << i;
+  for (int writer = 0; writer < 2; writer++) {
+    for (int i = 0; i < kEntries; i++) {
+      EXPECT_EQ(LogPlace::Count(text, "=w" + std::to_string(writer) + " " + std::to_string(i) + ".\r\n"), 1u);
+    }
+  }
+  EXPECT_TRUE(text.ends_with("[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old")));
+}
+
+struct Cost {
+  double bytes = 0, calls = 0;  // written
+};
+
+Cost ReadCost() {
+  std::ifstream file("/proc/self/io");
+  Cost cost;
+  std::string name;
+  double number;
+  while (file >> name >> number) {
+    if (name == "wchar:") cost.bytes = number;
+    if (name == "syscw:") cost.calls = number;
+  }
+  return cost;
+}
+
+// Ten times the failures must not cost much more than ten times as much.
+TEST_P(LogFaults, CostNoMoreThanInProportion) {
+  auto costOf = [this](int entries) {
+    LogPlace log;
+    Fill(log);
+    Cost before = ReadCost();
+    for (int i = 0; i < entries; i++) {
+      EXPECT_TRUE(log.Write(L" Backup ",
+                            "Error! Could not open source file: C:\\Users\\Anna\\file " + std::to_string(i)));
+    }
+    log.Close();
+    Cost after = ReadCost();
+    return Cost{after.bytes - before.bytes, after.calls - before.calls};
+  };
+  Cost few = costOf(400), many = costOf(4000);
+  EXPECT_LT(many.bytes, 12 * few.bytes);
+  EXPECT_LT(many.calls, 12 * few.calls);
+}
+
+INSTANTIATE_TEST_SUITE_P(LinesBehind, LogFaults, testing::Values(0, 500));
+
+}  // namespace

@@ -1,0 +1,295 @@
+#include "foundation/ini_document.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "foundation/file_object.h"
+#include "support/test_place.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using namespace std::string_literals;
+
+std::vector<std::string> Rows(const IniDocument& document) {
+  std::vector<std::string> rows;
+  for (uint32_t row = 0; row < document.lines.count; ++row) {
+    rows.push_back(Utf8(document.lines[row].CStr()));
+  }
+  return rows;
+}
+
+void Fill(IniDocument& document, std::initializer_list<const wchar_t*> rows) {
+  for (const wchar_t* row : rows) document.lines.Add(row);
+}
+
+std::string Saved(const std::string& text) {
+  std::string bytes = "\xff\xfe";
+  for (char unit : text) bytes += {unit, '\0'};
+  return bytes;
+}
+
+// Comments, unknown lines and order belong to whoever wrote the file by hand.
+TEST(IniDocument, KeepsLinesAndDropsBlankOnes) {
+  TestPlace place;
+  IniDocument document(
+      place.File("x.ini", "; note\r\n  [Settings]\t\r\n\r\n \t \r\n a = 1 \r\nunknown\r\n[b]").CStr());
+  EXPECT_THAT(Rows(document), ElementsAre("; note", "[Settings]", "a = 1", "unknown", "[b]"));
+  EXPECT_EQ(Utf8(document.GetValue(L"Settings", L"a")), "1");
+  EXPECT_TRUE(document.Save());
+  EXPECT_EQ(place.Read("x.ini"), Saved("; note\r\n[Settings]\r\na = 1\r\nunknown\r\n[b]\r\n"));
+  EXPECT_NE(document.SetValue(L"Settings", L"a", L"2"), 0u);
+  EXPECT_THAT(Rows(document), ElementsAre("; note", "[Settings]", "a=2", "unknown", "[b]"));
+}
+
+TEST(IniDocument, SplitsByTheLineEndsOfTheFile) {
+  struct Case {
+    std::string bytes;
+    std::vector<std::string> rows;
+  };
+  const Case cases[] = {
+      {"a=1\nb=2\n\nc=3", {"a=1", "b=2", "c=3"}},
+      {"a=1\r\nb=2\nc=3\r\n", {"a=1", "b=2\nc=3"}},  // mixed: at CR LF only
+      {"a=1\r\n\rb=2\r\nc=3", {"a=1", "c=3"}},       // a piece that begins with CR is dropped
+      {"a=1\rb=2", {"a=1\rb=2"}},
+      {"\xef\xbb\xbf"
+       "\xc3\xa4=1",
+       {"\xc3\xa4=1"}},
+      {"\xff\xfe"
+       "a\0=\0"s,
+       {"a="}},
+      {"\xfe\xff"
+       "\0a\0="s,
+       {"a="}},
+  };
+  TestPlace place;
+  for (const Case& c : cases) {
+    IniDocument document(place.File("x.ini", c.bytes).CStr());
+    EXPECT_THAT(Rows(document), ElementsAreArray(c.rows)) << c.bytes;
+  }
+}
+
+// A section or key that is taken for another one writes one account's choices over another's.
+TEST(IniDocument, MatchesSectionsAndKeys) {
+  struct Case {
+    std::vector<const wchar_t*> rows;
+    const wchar_t* section;
+    const wchar_t* key;
+    const wchar_t* value;  // null: not found
+  };
+  const Case cases[] = {
+      {{L"[Settings]", L"a=1"}, L"Settings", L"a", L"1"},
+      {{L"[Settings] ; comment", L"a=1"}, L"Settings", L"a", L"1"},
+      {{L"[SETTINGS]", L"a=1"}, L"Settings", L"a", L"1"},
+      {{L"[settings]", L"a=1"}, L"Settings", L"a", nullptr},  // the first unit counts exactly
+      {{L"[Settings2]", L"a=1"}, L"Settings", L"a", nullptr},
+      {{L"[Settings", L"a=1"}, L"Settings", L"a", nullptr},
+      {{L"[s]", L"a=1", L"[s]", L"b=2"}, L"s", L"b", nullptr},  // only the first section of a name
+      {{L"[s]", L"[x", L"a=1"}, L"s", L"a", L"1"},              // no "]": ends no section
+      {{L"[s]", L"[]", L"a=1"}, L"s", L"a", L"1"},              // nothing between the brackets
+      {{L"[s]", L"[]]", L"a=1"}, L"s", L"a", nullptr},
+      {{L"[s]", L"PathName=1"}, L"s", L"Path", nullptr},
+      {{L"[s]", L"PATH \t= 1"}, L"s", L" Path ", L"1"},
+      {{L"[s]", L"path=1"}, L"s", L"Path", nullptr},
+      {{L"[s]", L"a=1", L"a=2"}, L"s", L"a", L"1"},
+      {{L"[s]", L"a="}, L"s", L"a", L""},
+      {{L"[s]", L"a = \t "}, L"s", L"a", L""},
+      {{L"[s]", L"a"}, L"s", L"a", nullptr},
+      {{L"[s]", L"C:\\a=b=1"}, L"s", L"C:\\a=b", L"b=1"},  // cut at the first sign
+      {{L"[s]", L"[x=1"}, L"s", L"[x", nullptr},
+      {{L"[s]", L";a=1"}, L"s", L"a", nullptr},
+      {{L"[s]"}, L"s", L"a", nullptr},
+      {{L"[s]", L"a=1"}, L"", L"a", nullptr},
+      {{L"[s]", L"a=1"}, L"s", L"", nullptr},
+      {{L"[s]", L"a=1"}, L"s", L"  ", nullptr},
+      {{L"[s]", L"a=1"}, nullptr, L"a", nullptr},
+      {{L"[s]", L"a=1"}, L"s", nullptr, nullptr},
+  };
+  for (const Case& c : cases) {
+    IniDocument document;
+    for (const wchar_t* row : c.rows) document.lines.Add(row);
+    EXPECT_EQ(Utf8(document.GetValue(c.section, c.key, L"(none)")), c.value ? Utf8(c.value) : "(none)")
+        << Utf8(c.rows[0]) << " " << (c.key ? Utf8(c.key) : "");
+  }
+  IniDocument document;
+  EXPECT_EQ(document.GetValue(L"s", L"a", nullptr), nullptr);
+}
+
+TEST(IniDocument, SetValueAddsKeyBeforeNextSection) {
+  IniDocument document;
+  EXPECT_EQ(document.SetValue(L"one", L"a", L"1"), 1u);
+  EXPECT_EQ(document.SetValue(L"two", L"b", nullptr), 3u);
+  EXPECT_EQ(document.SetValue(L"one", L"c", L"3"), 2u);
+  EXPECT_EQ(document.SetValue(L"two", L"d", L"4"), 5u);
+  EXPECT_THAT(Rows(document), ElementsAre("[one]", "a=1", "c=3", "[two]", "b=", "d=4"));
+  EXPECT_EQ(document.SetValue(L"one", L"a", document.GetValue(L"one", L"a")), 2u);
+  EXPECT_EQ(document.SetValue(L"one", L" c", L"x"), 3u);  // found trimmed, written as given
+  EXPECT_THAT(Rows(document), ElementsAre("[one]", "a=1", " c=x", "[two]", "b=", "d=4"));
+  EXPECT_EQ(document.SetValue(L"", L"a", L"1"), 0u);
+  EXPECT_EQ(document.SetValue(L"one", nullptr, L"1"), 0u);
+}
+
+TEST(IniDocument, DeletesKeysAndSections) {
+  IniDocument document;
+  Fill(document, {L"; head", L"[one]", L"a=1", L"; note", L"[two]", L"b=2"});
+  EXPECT_EQ(document.DeleteKey(L"two", L"b"), 1u);
+  EXPECT_EQ(document.DeleteKey(L"two", L"b"), 2u);
+  EXPECT_EQ(document.DeleteKey(L"none", L"b"), 2u);
+  EXPECT_EQ(document.DeleteKey(L"one", L""), 0u);
+  EXPECT_THAT(Rows(document), ElementsAre("; head", "[one]", "a=1", "; note", "[two]"));
+  document.RemoveSection(L"one");
+  document.RemoveSection(L"none");
+  EXPECT_THAT(Rows(document), ElementsAre("; head", "[two]"));
+  document.SetValue(L"one", L"a", L"9");  // comes back at the end
+  EXPECT_THAT(Rows(document), ElementsAre("; head", "[two]", "[one]", "a=9"));
+}
+
+TEST(IniDocument, VisitsTheKeysOfASection) {
+  IniDocument document;
+  Fill(document,
+       {L"[s]", L"a=1", L";b=2", L"[x=3", L"=4", L"c d \t= 5 =6", L"==7", L"x=", L"no", L"[t]", L"e=8"});
+  uint32_t first, end;
+  document.FindSection(L"s", first, end);
+  EXPECT_EQ(first, 1u);
+  EXPECT_EQ(end, 9u);
+  std::vector<std::string> seen;
+  WString key, value;
+  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
+    ASSERT_TRUE(document.ParseKeyLine(line, key, value));
+    seen.push_back(Utf8(key) + "|" + Utf8(value));
+  }
+  EXPECT_THAT(seen, ElementsAre("a|1", "c d|5 =6", "=|7"));  // rows of two units aren't visited
+  EXPECT_TRUE(document.ParseKeyLine(8, key, value));
+  EXPECT_EQ(value, L"");
+  EXPECT_EQ(document.NextKeyLine(9, 0), 0u);
+  EXPECT_EQ(document.NextKeyLine(10, 0), 11u);
+  EXPECT_EQ(document.NextKeyLine(70, 0), 0u);
+  for (uint32_t line : {0u, 5u, 9u, 12u}) EXPECT_FALSE(document.ParseKeyLine(line, key, value)) << line;
+}
+
+// A document that can't be read must be told apart from an empty one before anything is saved over it.
+TEST(IniDocument, LoadTellsEmptyFromUnreadable) {
+  TestPlace place;
+  IniDocument document;
+  EXPECT_FALSE(document.Load(place.File("empty.ini", "").CStr(), false));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(NO_ERROR));
+  EXPECT_FALSE(document.Load(place.File("mark.ini", "\xff\xfe").CStr(), false));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(NO_ERROR));
+  EXPECT_FALSE(document.Load((place / "none.ini").CStr(), false));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(document.path, place / "none.ini");
+  document.SetValue(L"s", L"a", L"1");
+  EXPECT_TRUE(document.Save());
+  EXPECT_EQ(place.Read("none.ini"), Saved("[s]\r\na=1\r\n"));
+}
+
+TEST(IniDocument, SavesBeforeItLoadsAgain) {
+  TestPlace place;
+  {
+    IniDocument document((place / "a/one.ini").CStr());
+    document.SetValue(L"s", L"a", L"1");
+    EXPECT_TRUE(document.Load(document.path.CStr(), true));
+    EXPECT_EQ(Utf8(document.GetValue(L"s", L"a")), "1");
+    document.saveOnDestroy = true;
+    document.SetValue(L"s", L"a", L"2");
+    document.Load((place / "two.ini").CStr(), false);
+    EXPECT_EQ(document.lines.count, 0u);
+    document.SetValue(L"t", L"b", L"3");
+  }
+  EXPECT_EQ(place.Read("a/one.ini"), Saved("[s]\r\na=2\r\n"));
+  EXPECT_EQ(place.Read("two.ini"), Saved("[t]\r\nb=3\r\n"));
+}
+
+TEST(IniDocument, SavesNothingWithoutAPath) {
+  IniDocument document;
+  document.SetValue(L"s", L"a", L"1");
+  EXPECT_FALSE(document.Save());
+}
+
+TEST(IniDocument, AnEmptyDocumentLeavesTheMark) {
+  TestPlace place;
+  IniDocument document(place.File("x.ini", "[s]\r\na=1").CStr());
+  document.RemoveSection(L"s");
+  EXPECT_FALSE(document.Save());
+  EXPECT_EQ(place.Read("x.ini"), "\xff\xfe");
+  EXPECT_THAT(place.List(), ElementsAre("x.ini"));
+}
+
+// A leftover of a program that ended in the middle of a save must not stop all later ones, and a
+// folder or a file that is being saved at this moment must not be harmed.
+TEST(IniDocument, SavesBesideLeftovers) {
+  TestPlace place;
+  place.File("x.ini", "[s]\r\na=1");
+  place.Folder("x.ini.norvane-save");
+  place.File("x.ini.norvane-save2", "torn");
+  IniDocument document((place / "x.ini").CStr());
+  EXPECT_TRUE(document.Save()) << GetLastError();
+  EXPECT_THAT(place.List(), ElementsAre("x.ini", "x.ini.norvane-save"));
+
+  FileObject other((place / "x.ini.norvane-save2").CStr(), kFileCreateAlways | kFileExclusive);
+  document.SetValue(L"s", L"a", L"2");
+  EXPECT_TRUE(document.Save()) << GetLastError();
+  EXPECT_THAT(place.List(), ElementsAre("x.ini", "x.ini.norvane-save", "x.ini.norvane-save2"));
+  EXPECT_EQ(place.Read("x.ini"), Saved("[s]\r\na=2\r\n"));
+}
+
+// The old file stays whole where the new one can't take its place, and nothing lies beside it.
+TEST(IniDocument, KeepsTheOldFileWhenItCannotSave) {
+  TestPlace place;
+  const WString path = place.File("x.ini", "[s]\r\na=1");
+  IniDocument document(path.CStr());
+  document.SetValue(L"s", L"a", L"2");
+  SetAttributes(path.CStr(), FILE_ATTRIBUTE_READONLY);
+  EXPECT_FALSE(document.Save());
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+  SetAttributes(path.CStr(), FILE_ATTRIBUTE_NORMAL);
+  EXPECT_EQ(place.Read("x.ini"), "[s]\r\na=1");
+  {
+    FileObject reader(path.CStr(), 0);
+    EXPECT_FALSE(document.Save());
+  }
+  EXPECT_EQ(place.Read("x.ini"), "[s]\r\na=1");
+  EXPECT_THAT(place.List(), ElementsAre("x.ini"));
+  document.path = place.Folder("folder");
+  EXPECT_FALSE(document.Save());
+}
+
+TEST(IniDocument, AHiddenFileStaysHidden) {
+  TestPlace place;
+  const WString path = place.File("x.ini", "[s]\r\na=1");
+  SetAttributes(path.CStr(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM);
+  IniDocument document(path.CStr());
+  document.SetValue(L"s", L"a", L"2");
+  EXPECT_TRUE(document.Save()) << GetLastError();
+  EXPECT_EQ(place.Read("x.ini"), Saved("[s]\r\na=2\r\n"));
+  EXPECT_EQ(Attributes(path.CStr()) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM),
+            static_cast<uint32_t>(FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM));
+}
+
+// Files from outside are of any size: one line of ten megabytes, and sections and keys without end.
+TEST(IniDocument, StandsHugeLinesAndManyKeys) {
+  TestPlace place;
+  std::string bytes =
+      "[" + std::string(10'000'000, 'x') + "\r\n[" + std::string(1'000'000, '[') + "]\r\n[s]\r\n";
+  const uint32_t keys = 200'000;
+  for (uint32_t key = 0; key < keys; ++key) bytes += "key" + std::to_string(key) + "=1\r\n";
+  for (uint32_t section = 0; section < 50'000; ++section) bytes += "[t" + std::to_string(section) + "]\r\n";
+  IniDocument document(place.File("huge.ini", bytes).CStr());
+  uint32_t first, end;
+  document.FindSection(L"s", first, end);
+  EXPECT_EQ(end - first, keys);
+  uint32_t seen = 0;
+  WString key, value;
+  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
+    EXPECT_TRUE(document.ParseKeyLine(line, key, value));
+    ++seen;
+  }
+  EXPECT_EQ(seen, keys);
+  EXPECT_EQ(Utf8(document.GetValue(L"s", L"key199999")), "1");
+  document.RemoveSection(L"s");
+  EXPECT_EQ(document.lines.count, 50'002u);
+  EXPECT_TRUE(document.Save());
+}
+
+}  // namespace

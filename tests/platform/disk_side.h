@@ -1,0 +1,39 @@
+// disk_side.h
+//
+// The other side of the platform's files: what lies on the disk, seen and made without the platform.
+#pragma once
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "machine/machine.h"
+#include "support/test_place.h"
+
+// The folder or file of the disk behind a path of the machine; each name must be plain.
+inline std::string OnDisk(const WString& path) {
+  std::string text = Utf8(path);
+  std::string disk = machine::ThisMachine().DriveFolder(text[0]) + text.substr(2);
+  for (char& letter : disk) {
+    if (letter == '\\') letter = '/';
+  }
+  return disk;
+}
+
+inline bool MakeOnDisk(const std::string& file, const std::string& bytes = "x") {
+  int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  bool isWritten = write(descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  return close(descriptor) == 0 && isWritten;
+}
+
+inline bool IsOnDisk(const std::string& file) {
+  struct stat status;
+  return lstat(file.c_str(), &status) == 0;
+}
+
+// The error of a call that gives FALSE; 0 where it worked.
+template <typename Result>
+DWORD ErrorOf(Result result) {
+  return result ? ERROR_SUCCESS : GetLastError();
+}

@@ -1,0 +1,209 @@
+// Links: what they show, where they lead, and that nothing leads out of the machine.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <winioctl.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "foundation/unique_handle.h"
+#include "platform/disk_side.h"
+#include "platform/privilege_switch.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+DWORD OpenError(const WString& path, DWORD disposition = OPEN_EXISTING, DWORD flags = 0) {
+  UniqueFile file(CreateFileW(path.CStr(), disposition == OPEN_EXISTING ? GENERIC_READ : GENERIC_WRITE, 7,
+                              nullptr, disposition, flags, nullptr));
+  return file ? ERROR_SUCCESS : GetLastError();
+}
+
+bool Symlink(const std::string& text, const std::string& file) {
+  return symlink(text.c_str(), file.c_str()) == 0;
+}
+
+UniqueFile HoldDirectory(const WString& path) {
+  return UniqueFile(CreateFileW(path.CStr(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+// Whether a reparse point could be set on the directory at `path`.
+bool SetReparsePoint(const WString& path, DWORD tag, const WString& target) {
+  UniqueFile folder(CreateFileW(path.CStr(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  const WString substitute = tag == IO_REPARSE_TAG_MOUNT_POINT ? L"\\??\\" + target : target;
+  WORD bytes = static_cast<WORD>(substitute.Length() * 2);
+  std::vector<uint8_t> buffer(16 + bytes + 4);
+  WORD header[8] = {0, 0, static_cast<WORD>(buffer.size() - 8), 0, 0, bytes, static_cast<WORD>(bytes + 2), 0};
+  std::memcpy(header, &tag, 4);
+  std::memcpy(buffer.data(), header, 16);
+  std::memcpy(buffer.data() + 16, substitute.CStr(), bytes);
+  DWORD done = 0;
+  return DeviceIoControl(folder.Get(), FSCTL_SET_REPARSE_POINT, buffer.data(),
+                         static_cast<DWORD>(buffer.size()), nullptr, 0, &done, nullptr);
+}
+
+// A link of a stranger's disk must not make a backup read the rescuer's own files.
+TEST(FileLinks, NothingLeadsOutOfTheMachine) {
+  TestPlace place;
+  const std::string folder = OnDisk(place.Path());
+  const std::string outside =
+      std::filesystem::temp_directory_path() / ("norvane-outside-" + std::to_string(getpid()));
+  std::filesystem::create_directory(outside);
+  MakeOnDisk(outside + "/secret.txt", "secret");
+  place.Folder("in");
+  ASSERT_TRUE(Symlink(outside, folder + "/absolute") && Symlink(outside + "/secret.txt", folder + "/file"));
+  ASSERT_TRUE(Symlink("../../../../../../../../.." + outside, folder + "/in/relative"));
+  ASSERT_TRUE(Symlink("/proc/self/root", folder + "/magic") &&
+              Symlink("C:\\..\\..\\..", folder + "/windows"));
+  for (const char* path : {"absolute/secret.txt", "file", "in/relative/secret.txt", "magic/etc/passwd"}) {
+    EXPECT_EQ(OpenError(place / path), DWORD{ERROR_PATH_NOT_FOUND}) << path;
+    EXPECT_NE(OpenError(place / path, OPEN_ALWAYS), 0u) << path;
+  }
+  EXPECT_EQ(OpenError(place / "absolute/new.txt", CREATE_NEW), DWORD{ERROR_PATH_NOT_FOUND});
+  EXPECT_EQ(OpenError(place / "windows/etc/passwd"), DWORD{ERROR_PATH_NOT_FOUND});  // the drive's own root
+  EXPECT_EQ(std::filesystem::remove_all(outside), 2u);
+}
+
+TEST(FileLinks, LeadToWhereWindowsWouldGo) {
+  TestPlace place;
+  const std::string folder = OnDisk(place.Path());
+  place.File("Data/Sub/a.txt", "a");
+  place.Folder("x");
+  const std::string windowsText = Utf8(place.Path()) + "\\data\\sub";
+  for (const std::string& text :
+       {std::string("../Data/Sub"), std::string("..\\DATA\\sub"), windowsText, windowsText + "\\",
+        "\\??\\" + windowsText, folder + "/Data/Sub", "\\" + windowsText.substr(3)}) {
+    ASSERT_TRUE(Symlink(text, folder + "/x/link"));
+    EXPECT_EQ(place.Read("X/LINK/A.TXT"), "a") << text;
+    EXPECT_EQ(Attributes((place / "x/link").CStr()),
+              uint32_t{FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY});
+    UniqueFile behind = HoldDirectory(place / "x/link");
+    wchar_t path[300];
+    ASSERT_GT(GetFinalPathNameByHandleW(behind.Get(), path, 300, 0), 0u);
+    EXPECT_EQ(Utf8(path), "\\\\?\\" + Utf8(place.Path()) + "\\Data\\Sub") << text;
+    behind.Reset();
+    EXPECT_EQ(ErrorOf(DeleteFileW((place / "x/link").CStr())),
+              DWORD{ERROR_ACCESS_DENIED});  // it is a directory
+    EXPECT_TRUE(RemoveDirectoryW((place / "x/link").CStr()));
+    EXPECT_TRUE(place.Exists("Data/Sub/a.txt"));
+  }
+}
+
+TEST(FileLinks, LeadFromOneDriveToAnother) {
+  TestPlace place;
+  const std::string drive = machine::ThisMachine().folder + "/D";
+  std::filesystem::create_directories(drive + "/Moved");
+  ASSERT_TRUE(MakeOnDisk(drive + "/Moved/a.txt", "d"));
+  ASSERT_TRUE(Symlink("D:\\Moved", OnDisk(place / "documents")));
+  place.File("b.txt");
+  EXPECT_EQ(place.Read("documents/a.txt"), "d");
+  // Another volume, although one file system of Linux holds both.
+  EXPECT_EQ(ErrorOf(MoveFileExW((place / "b.txt").CStr(), (place / "documents/b.txt").CStr(), 0)),
+            DWORD{ERROR_NOT_SAME_DEVICE});
+  std::filesystem::remove_all(drive);
+}
+
+TEST(FileLinks, ALoopEnds) {
+  TestPlace place;
+  const std::string folder = OnDisk(place.Path());
+  ASSERT_TRUE(Symlink("b", folder + "/a") && Symlink("a", folder + "/b") && Symlink(".", folder + "/self"));
+  EXPECT_EQ(OpenError(place / "a"), DWORD{ERROR_CANT_RESOLVE_FILENAME});
+  EXPECT_EQ(OpenError(place / "a/x"), DWORD{ERROR_CANT_RESOLVE_FILENAME});
+  EXPECT_EQ(Attributes((place / "a").CStr()), uint32_t{FILE_ATTRIBUTE_REPARSE_POINT});
+  std::string deep;
+  for (int i = 0; i < 60; ++i) deep += "self/";
+  EXPECT_EQ(OpenError(L"\\\\?\\" + (place / (deep + "none"))), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
+TEST(FileLinks, MadeByTheCallsOfWindows) {
+  TestPlace place;
+  place.File("data/a.txt", "a");
+  SetPrivilege(L"SeCreateSymbolicLinkPrivilege", false);
+  EXPECT_EQ(ErrorOf(CreateSymbolicLinkW((place / "dir").CStr(), L"data", 0)),
+            DWORD{ERROR_PRIVILEGE_NOT_HELD});
+  SetPrivilege(L"SeCreateSymbolicLinkPrivilege", true);
+  EXPECT_TRUE(
+      CreateSymbolicLinkW((place / "dir").CStr(), (place / "data").CStr(), SYMBOLIC_LINK_FLAG_DIRECTORY));
+  EXPECT_TRUE(CreateSymbolicLinkW((place / "file").CStr(), L"data\\a.txt", 0));
+  EXPECT_TRUE(CreateSymbolicLinkW((place / "later").CStr(), L"missing", SYMBOLIC_LINK_FLAG_DIRECTORY));
+  EXPECT_EQ(ErrorOf(CreateSymbolicLinkW((place / "FILE").CStr(), L"x", 0)), DWORD{ERROR_ALREADY_EXISTS});
+  place.Folder("junction");
+  EXPECT_TRUE(SetReparsePoint(place / "junction", IO_REPARSE_TAG_MOUNT_POINT, place / "data"));
+  place.File("full/x");
+  EXPECT_FALSE(SetReparsePoint(place / "full", IO_REPARSE_TAG_MOUNT_POINT, place / "data"));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_DIR_NOT_EMPTY});
+
+  const struct {
+    const char *name, *inside;
+    uint32_t attributes;
+    DWORD tag;
+  } cases[] = {{"dir", "dir/a.txt", 0x410, IO_REPARSE_TAG_SYMLINK},
+               {"file", "file", 0x400, IO_REPARSE_TAG_SYMLINK},
+               {"later", nullptr, 0x410, IO_REPARSE_TAG_SYMLINK},  // a directory although it leads nowhere
+               {"junction", "junction/a.txt", 0x410, IO_REPARSE_TAG_MOUNT_POINT}};
+  for (const auto& c : cases) {
+    WIN32_FIND_DATAW data;
+    UniqueFind search(FindFirstFileW((place / c.name).CStr(), &data));
+    EXPECT_EQ(data.dwFileAttributes, c.attributes) << c.name;
+    EXPECT_EQ(data.dwReserved0, c.tag) << c.name;
+    if (c.inside) {
+      EXPECT_EQ(place.Read(c.inside), "a") << c.name;
+    }
+  }
+}
+
+// A deduplicated or cloud file must not be taken for a link and left out.
+TEST(FileLinks, OtherReparsePointsKeepTheirContentAndShowTheirTag) {
+  TestPlace place;
+  place.File("cloud/a.txt", "a");
+  EXPECT_TRUE(SetReparsePoint(place / "cloud", 0x9000001A, L"data"));
+  WIN32_FIND_DATAW data;
+  UniqueFind search(FindFirstFileW((place / "cloud").CStr(), &data));
+  EXPECT_EQ(data.dwFileAttributes, uint32_t{FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY});
+  EXPECT_EQ(data.dwReserved0, 0x9000001Au);
+  EXPECT_EQ(place.Read("cloud/a.txt"), "a");
+}
+
+// A walk that holds a folder must stay in it, whatever is put in its place.
+TEST(FileLinks, AHeldDirectoryCannotBeSwapped) {
+  TestPlace place;
+  place.File("tree/folder/a.txt", "inside");
+  place.File("outside/a.txt", "outside");
+  UniqueFile held = HoldDirectory(place / "tree/folder");
+  ASSERT_TRUE(held);
+  const WString folder = place / "tree/folder", tree = place / "tree", away = place / "away";
+  EXPECT_EQ(ErrorOf(MoveFileExW(folder.CStr(), away.CStr(), 0)), DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_EQ(ErrorOf(MoveFileExW(tree.CStr(), away.CStr(), 0)), DWORD{ERROR_ACCESS_DENIED});
+  EXPECT_TRUE(DeleteFileW((place / "tree/folder/a.txt").CStr()));
+  EXPECT_EQ(ErrorOf(RemoveDirectoryW(folder.CStr())), DWORD{ERROR_SHARING_VIOLATION});
+  place.File("tree/folder/a.txt", "inside");
+  // Another program of Linux isn't bound by that; the walk goes on in the folder that it holds.
+  ASSERT_EQ(rename(OnDisk(folder).c_str(), OnDisk(away).c_str()), 0);
+  ASSERT_TRUE(Symlink("../outside", OnDisk(folder)));
+  EXPECT_EQ(place.Read("tree/folder/a.txt"), "inside");
+  held.Reset();
+  EXPECT_EQ(place.Read("tree/folder/a.txt"), "outside");
+}
+
+// People move folders by junction, so the root of a copy may be one: the road is as fast, and as true.
+TEST(FileLinks, AHeldDirectoryBehindALinkFollowsAnExchangedLink) {
+  TestPlace place;
+  SetPrivilege(L"SeCreateSymbolicLinkPrivilege", true);
+  place.File("one/a.txt", "one");
+  place.File("two/a.txt", "two");
+  ASSERT_TRUE(CreateSymbolicLinkW((place / "link").CStr(), L"one", SYMBOLIC_LINK_FLAG_DIRECTORY));
+  UniqueFile held = HoldDirectory(place / "link");
+  EXPECT_EQ(place.Read("link/a.txt"), "one");
+  EXPECT_TRUE(RemoveDirectoryW((place / "link").CStr()));
+  EXPECT_FALSE(place.Exists("link/a.txt"));
+  ASSERT_TRUE(CreateSymbolicLinkW((place / "link").CStr(), L"two", SYMBOLIC_LINK_FLAG_DIRECTORY));
+  EXPECT_EQ(place.Read("link/a.txt"), "two");
+  EXPECT_EQ(ErrorOf(MoveFileExW((place / "one").CStr(), (place / "away").CStr(), 0)),
+            DWORD{ERROR_SHARING_VIOLATION});
+}
+
+}  // namespace

@@ -1,0 +1,296 @@
+// Hives as files: made, changed, refused when they are damaged, never written where they aren't ours.
+#include "machine/hive_store.h"
+
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+
+#include "machine/hive_file.h"
+#include "machine/faults.h"
+#include "platform/privilege_switch.h"
+#include "platform/test_machine.h"
+
+namespace {
+
+using namespace machine;
+
+HivePlan SmallPlan() {
+  HivePlan plan;
+  plan.Key("Software\\Größe\\漢字").Text("Wert", "Straße");
+  plan.Key("Software\\Größe").Number("", 7);
+  plan.Key("Environment").Text("TMP", "%USERPROFILE%\\Temp", REG_EXPAND_SZ);
+  return plan;
+}
+
+// Would catch a base block, cell or name that only our own reader takes: hivexml is none of ours.
+TEST(Hive, IsReadByAnotherProgram) {
+  DiskFolder place;
+  ASSERT_EQ(Hive::Make(place.path + "/a", SmallPlan()), 0u);
+  const ProgramRun run = RunProgramOf("hivexml " + place.path + "/a");
+  EXPECT_EQ(run.code, 0) << run.output;
+  for (const char* expected :
+       {"name=\"Größe\"", "name=\"漢字\"", "value=\"Straße\"", "%USERPROFILE%\\Temp"}) {
+    EXPECT_NE(run.output.find(expected), std::string::npos) << expected << "\n" << run.output;
+  }
+  PutBytes(place.path + "/empty", EmptyHive());
+  EXPECT_EQ(RunProgramOf("hivexml " + place.path + "/empty").code, 0);
+}
+
+// libhivex compares ASCII letters only; a profile's key with an umlaut would be made twice.
+TEST(Hive, ComparesAllLettersWithoutCase) {
+  DiskFolder place;
+  std::shared_ptr<Hive> hive;
+  ASSERT_EQ(Hive::Make(place.path + "/a", SmallPlan()), 0u);
+  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+  EXPECT_NE(hive->Find(hive->Root(), "SOFTWARE\\GRÖßE\\漢字"), 0u);
+  std::string text;
+  EXPECT_TRUE(hive->ReadText("software\\größe\\漢字", "WERT", text));
+  EXPECT_EQ(text, "Straße");
+
+  const Hive::Key key = hive->Find(hive->Root(), "Software\\Größe");
+  ASSERT_EQ(hive->SetValue(key, {"ÄÖÜ", REG_SZ, "x"}), 0u);
+  ASSERT_EQ(hive->SetValue(key, {"äöü", REG_SZ, "y"}), 0u);
+  std::vector<HiveValue> values;
+  ASSERT_EQ(hive->Values(key, values), 0u);
+  EXPECT_EQ(values.size(), 2u);  // the default one and this
+}
+
+// Would catch a change that stays in memory, a hive whose other values are lost by it, and attributes
+// that go with the old file.
+TEST(Hive, ChangesReachTheFileWithItsAttributes) {
+  DiskFolder place;
+  const std::string file = place.path + "/a";
+  ASSERT_EQ(Hive::Make(file, SmallPlan()), 0u);
+  ASSERT_EQ(setxattr(file.c_str(), "user.DOSATTRIB", "0x22", 4, 0), 0);
+  std::shared_ptr<Hive> hive;
+  ASSERT_EQ(Hive::Open(file, true, hive), 0u);
+  Hive::Key child = 0;
+  ASSERT_EQ(hive->AddChild(hive->Root(), "New", child), 0u);
+  ASSERT_EQ(hive->SetValue(child, {"big", REG_BINARY, std::string(20000, 'b')}), 0u);
+  ASSERT_EQ(hive->DeleteChild(hive->Find(hive->Root(), "Software\\Größe\\漢字")), 0u);
+  const std::string before = BytesOf(file);
+  EXPECT_EQ(hive->Find(hive->Root(), "Software\\Größe\\漢字"), 0u);
+  EXPECT_TRUE(BytesOf(file) == before);
+  ASSERT_EQ(hive->Flush(), 0u);
+
+  ASSERT_EQ(Hive::Open(file, true, hive), 0u);
+  HiveValue value;
+  ASSERT_EQ(hive->ReadValue(hive->Find(hive->Root(), "New"), "BIG", value), 0u);
+  EXPECT_EQ(value.data, std::string(20000, 'b'));
+  EXPECT_EQ(hive->Find(hive->Root(), "Software\\Größe\\漢字"), 0u);
+  EXPECT_NE(hive->Find(hive->Root(), "Environment"), 0u);
+  char attribute[8] = {};
+  EXPECT_EQ(getxattr(file.c_str(), "user.DOSATTRIB", attribute, sizeof attribute), 4);
+}
+
+// Two programs on one machine: the second one must not undo in silence what the first one wrote.
+TEST(Hive, RefusesToReplaceWhatSomebodyElseWrote) {
+  DiskFolder place;
+  const std::string file = place.path + "/a";
+  ASSERT_EQ(Hive::Make(file, SmallPlan()), 0u);
+  std::shared_ptr<Hive> first, second;
+  ASSERT_EQ(Hive::Open(file, true, first), 0u);
+  ASSERT_EQ(Hive::Open(file, true, second), 0u);
+  Hive::Key child = 0;
+  ASSERT_EQ(first->AddChild(first->Root(), "First", child), 0u);
+  ASSERT_EQ(second->AddChild(second->Root(), "Second", child), 0u);
+  EXPECT_EQ(first->Flush(), 0u);
+  EXPECT_EQ(second->Flush(), DWORD{ERROR_SHARING_VIOLATION});
+  ASSERT_EQ(Hive::Open(file, true, second), 0u);
+  EXPECT_NE(second->Find(second->Root(), "First"), 0u);
+}
+
+TEST(Hive, RefusesWhatIsNoHive) {
+  DiskFolder place;
+  const std::string whole = [&] {
+    EXPECT_EQ(Hive::Make(place.path + "/whole", SmallPlan()), 0u);
+    return BytesOf(place.path + "/whole");
+  }();
+  std::string badSum = whole, otherVersion = whole;
+  badSum[100] = static_cast<char>(badSum[100] ^ 1);
+  const struct {
+    const char* what;
+    std::string bytes;
+    DWORD error;
+  } cases[] = {
+      {"empty", "", ERROR_NOT_REGISTRY_FILE},
+      {"text", std::string(20000, 'x'), ERROR_NOT_REGISTRY_FILE},
+      {"base block alone", whole.substr(0, 4096), ERROR_NOT_REGISTRY_FILE},
+      {"bad checksum", badSum, ERROR_BADDB},
+      {"cut off", whole.substr(0, whole.size() - 100), ERROR_BADDB},
+  };
+  for (const auto& one : cases) {
+    PutBytes(place.path + "/b", one.bytes);
+    std::shared_ptr<Hive> hive;
+    EXPECT_EQ(Hive::Open(place.path + "/b", true, hive), one.error) << one.what;
+  }
+  std::filesystem::create_directory(place.path + "/folder");
+  std::filesystem::create_symlink(place.path + "/whole", place.path + "/link");
+  std::shared_ptr<Hive> hive;
+  EXPECT_EQ(Hive::Open(place.path + "/folder", true, hive), DWORD{ERROR_ACCESS_DENIED});
+  EXPECT_NE(Hive::Open(place.path + "/link", true, hive), 0u);
+  EXPECT_EQ(Hive::Open(place.path + "/none", true, hive), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
+// Sums up a walk over all keys and values. It ends for every file, and stays below a bound.
+size_t WalkAll(Hive& hive, Hive::Key key, size_t depth) {
+  size_t seen = 1;
+  std::vector<Hive::Key> children;
+  std::vector<HiveValue> values;
+  std::string name;
+  hive.Name(key, name);
+  hive.Values(key, values);
+  if (depth > 200 || hive.Children(key, children) != 0) return seen;
+  for (const Hive::Key child : children) seen += WalkAll(hive, child, depth + 1);
+  return seen;
+}
+
+void Repair(std::string& hive) {  // the checksum of the base block
+  uint32_t sum = 0;
+  for (size_t at = 0; at < 508; at += 4) {
+    uint32_t word;
+    memcpy(&word, hive.data() + at, 4);
+    sum ^= word;
+  }
+  memcpy(hive.data() + 508, &sum, 4);
+}
+
+// Files of dead disks are damaged in any place; a crash or an endless walk would end the rescue.
+TEST(Hive, SurvivesAnyDamage) {
+  DiskFolder place;
+  HivePlan plan = SmallPlan();
+  for (int i = 0; i < 20; ++i) plan.Key("Many\\k" + std::to_string(i)).Text("v", "text");
+  ASSERT_EQ(Hive::Make(place.path + "/whole", plan), 0u);
+  const std::string whole = BytesOf(place.path + "/whole");
+  uint64_t state = 1;
+  const auto next = [&] {
+    return state = state * 6364136223846793005ull + 1442695040888963407ull, state >> 33;
+  };
+  int opened = 0, changed = 0;
+  for (int round = 0; round < 600; ++round) {
+    std::string damaged = whole;
+    for (uint64_t count = 1 + next() % 4; count > 0; --count) {
+      const size_t at = 4096 + next() % (whole.size() - 4096);
+      // Words that are likely to be places, counts and lengths do more harm than any byte.
+      const uint32_t words[] = {0, 0xFFFFFFFF, 32, static_cast<uint32_t>(next() % whole.size()), 0x7FFFFFFF};
+      if (next() % 2 == 0) {
+        damaged[at] = static_cast<char>(next());
+      } else {
+        memcpy(damaged.data() + at / 4 * 4, &words[next() % 5], 4);
+      }
+    }
+    Repair(damaged);
+    PutBytes(place.path + "/b", damaged);
+    std::shared_ptr<Hive> hive;
+    if (Hive::Open(place.path + "/b", true, hive) != 0) continue;
+    ++opened;
+    EXPECT_LT(WalkAll(*hive, hive->Root(), 0), 1000u);
+    Hive::Key child = 0;
+    changed += hive->AddChild(hive->Root(), "New", child) == 0;
+    for (const char* path : {"Many\\k1", "Software\\Größe\\漢字", "Many\\k9"}) {
+      const Hive::Key key = hive->Find(hive->Root(), path);
+      if (key == 0) continue;
+      hive->SetValue(key, {"v", REG_SZ, "abc"});
+      hive->DeleteChild(key);
+    }
+  }
+  EXPECT_GT(opened, 200);
+  EXPECT_GT(changed, 20);
+}
+
+// A key that lists its own parent below it: each path through it would be endless.
+TEST(Hive, ShowsAKeyOnlyBelowItsParent) {
+  DiskFolder place;
+  HivePlan plan;
+  plan.Key("Outer\\Inner\\Leaf");
+  ASSERT_EQ(Hive::Make(place.path + "/a", plan), 0u);
+  std::shared_ptr<Hive> hive;
+  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+  const auto outer = static_cast<uint32_t>(hive->Find(hive->Root(), "Outer") - 4096);
+  const auto leaf = static_cast<uint32_t>(hive->Find(hive->Root(), "Outer\\Inner\\Leaf") - 4096);
+  // Every list that names the leaf names the outer key in its place.
+  std::string bytes = BytesOf(place.path + "/a");
+  int changed = 0;
+  for (size_t at = 4096; at + 4 <= bytes.size(); at += 4) {
+    if (memcmp(bytes.data() + at, &leaf, 4) != 0) continue;
+    memcpy(bytes.data() + at, &outer, 4);
+    ++changed;
+  }
+  ASSERT_GT(changed, 0);
+  PutBytes(place.path + "/b", bytes);
+  ASSERT_EQ(Hive::Open(place.path + "/b", true, hive), 0u);
+  EXPECT_NE(hive->Find(hive->Root(), "Outer\\Inner"), 0u);
+  EXPECT_EQ(hive->Find(hive->Root(), "Outer\\Inner\\Outer"), 0u);
+  EXPECT_EQ(WalkAll(*hive, hive->Root(), 0), 3u);
+}
+
+// Two keys with one list of values: libhivex frees it for the first one and ends the program at the second.
+TEST(Hive, RefusesToChangeADamagedOne) {
+  DiskFolder place;
+  HivePlan plan;
+  plan.Key("A").Text("v", "of A");
+  plan.Key("B").Text("v", "of B");
+  ASSERT_EQ(Hive::Make(place.path + "/a", plan), 0u);
+  std::shared_ptr<Hive> hive;
+  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+  constexpr size_t kValueListAt = 4 + 0x28;
+  std::string bytes = BytesOf(place.path + "/a");
+  memcpy(bytes.data() + hive->FindChild(hive->Root(), "B") + kValueListAt,
+         bytes.data() + hive->FindChild(hive->Root(), "A") + kValueListAt, 4);
+  PutBytes(place.path + "/b", bytes);
+  ASSERT_EQ(Hive::Open(place.path + "/b", true, hive), 0u);
+  std::string text;
+  EXPECT_TRUE(hive->ReadText("B", "v", text));
+  EXPECT_EQ(text, "of A");
+  for (const char* name : {"A", "B"}) {
+    EXPECT_EQ(hive->SetValue(hive->FindChild(hive->Root(), name), {"v", REG_SZ, "x"}),
+              DWORD{ERROR_REGISTRY_CORRUPT});
+  }
+  EXPECT_EQ(hive->Flush(), 0u);
+  EXPECT_TRUE(BytesOf(place.path + "/b") == bytes);
+}
+
+// A disk that was attached stays as it is, whatever is asked for.
+TEST(HiveStore, NeverWritesToAnAttachedDrive) {
+  DiskFolder disk;
+  ASSERT_EQ(Hive::Make(disk.path + "/NTUSER.DAT", SmallPlan()), 0u);
+  const std::string before = BytesOf(disk.path + "/NTUSER.DAT");
+  TestMachine place;
+  Machine changed = ThisMachine();
+  changed.settings.drives['X'] = disk.path;
+  UseMachine(changed);
+  EnableHivePrivileges();
+  ASSERT_EQ(RegLoadKeyW(HKEY_USERS, L"Other", L"X:\\ntuser.dat"), ERROR_SUCCESS);
+  HKEY key;
+  EXPECT_EQ(RegCreateKeyExW(HKEY_USERS, L"Other\\New", 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr),
+            ERROR_WRITE_PROTECT);
+  ASSERT_EQ(RegOpenKeyExW(HKEY_USERS, L"Other\\Environment", 0, KEY_SET_VALUE, &key), ERROR_SUCCESS);
+  EXPECT_EQ(RegSetValueExW(key, L"a", 0, REG_DWORD, nullptr, 0), ERROR_WRITE_PROTECT);
+  RegCloseKey(key);
+  EXPECT_EQ(RegUnLoadKeyW(HKEY_USERS, L"Other"), ERROR_SUCCESS);
+  // A missing file is made on a drive of ours, and nowhere else.
+  EXPECT_EQ(RegLoadKeyW(HKEY_USERS, L"Other", L"X:\\none.dat"), ERROR_FILE_NOT_FOUND);
+  EXPECT_TRUE(BytesOf(disk.path + "/NTUSER.DAT") == before);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(disk.path), {}), 1);
+}
+
+// A full disk while the registry is written: the old hive must stay whole.
+TEST(HiveStore, FailedWriteKeepsTheOldFile) {
+  TestMachine place;
+  const std::string file = place.Disk("C:\\Windows\\System32\\config\\SOFTWARE");
+  const std::string before = BytesOf(file);
+  HKEY key;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\New", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                            &key, nullptr),
+            ERROR_SUCCESS);
+  FaultPlan plan;
+  plan.bytesLeft = 100;
+  SetFaults(plan);
+  EXPECT_EQ(RegFlushKey(key), ERROR_DISK_FULL);
+  ClearFaults();
+  EXPECT_TRUE(BytesOf(file) == before);
+  EXPECT_EQ(RegFlushKey(key), ERROR_SUCCESS);
+  EXPECT_TRUE(BytesOf(file) != before);
+  RegCloseKey(key);
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+// Answers of the account database that a real one gives rarely.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "stand_in/account_stand_in.h"
+#include "support/account_place.h"
+#include "users/account_facts.h"
+#include "users/user_table.h"
+
+namespace {
+
+// Would catch rows written behind the end of the lists, and a database that says "more" for ever.
+TEST(UserTable, EndsTheEnumerationAfterOneBatch) {
+  AccountPlace place;
+  for (const char* name : {"Anna", "Bob", "Eve"}) place.Add({.name = name});
+  stand_in::TheAccounts().enumerationResult = ERROR_MORE_DATA;
+  stand_in::TheAccounts().enumerationTotal = 2;
+
+  WStringArray sids, paths, names;
+  EXPECT_EQ(EnumerateLocalUsers(sids, paths, names), 2u);
+  EXPECT_EQ(names.count, 2u);
+  EXPECT_EQ(stand_in::TheAccounts().enumerations, 1u);
+}
+
+TEST(UserTable, FallsBackWhereTheDatabaseCantBeRead) {
+  AccountPlace place;
+  place.Add({.name = "Bob"});
+  place.AddConsoleUser({.name = "Anna"});
+  stand_in::TheAccounts().enumerationResult = ERROR_ACCESS_DENIED;
+
+  auto table = LoadUserTable();
+  ASSERT_EQ(table->count, 1u);
+  EXPECT_EQ(Utf8(table->userNames[0]), "Anna");
+}
+
+TEST(UserTable, PassesOverEntriesWithoutAName) {
+  AccountPlace place;
+  place.Add({.name = "Anna"});
+  stand_in::TheAccounts().list.insert(stand_in::TheAccounts().list.begin(), stand_in::Account());
+
+  WStringArray sids, paths, names;
+  EXPECT_EQ(EnumerateLocalUsers(sids, paths, names), 1u);
+  EXPECT_EQ(Utf8(names[0]), "Anna");
+}
+
+// Would catch a level of 4294967295 in an info file.
+TEST(AccountFacts, TakesNoLevelForNoAccount) {
+  AccountPlace place;
+  place.Add({.name = "Anna", .privilege = 0xffffffff});
+  AccountFacts facts;
+  EXPECT_FALSE(GetAccountFacts(L"Anna", facts));
+}
+
+}  // namespace
