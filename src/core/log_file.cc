@@ -17,23 +17,36 @@ WString SidePath(const wchar_t* path, const wchar_t* ending) {
   return PathForCalls(side.CStr());
 }
 
-// Opens what another program may have open for a moment. A file that is about to go refuses access, too,
-// but mostly that means that it will never be granted.
-template <typename OpenOnce>
-UniqueFile OpenPatiently(uint64_t deadline, OpenOnce openOnce) {
-  uint64_t deniedDeadline = std::min(deadline, GetTickCount64() + kDeniedPatience);
+// Does once more what another program keeps from being done for a moment: it has the file open, or the
+// file is about to go, which refuses access, too. Mostly, though, a refusal means that it will be for ever,
+// so that is waited for less.
+template <typename Try>
+bool TryPatiently(uint64_t deadline, Try tryOnce) {
+  uint64_t deniedSince = 0;
   for (;;) {
-    UniqueFile file(openOnce());
-    if (file) return file;
+    if (tryOnce()) return true;
     DWORD error = GetLastError();
+    uint64_t now = GetTickCount64();
     bool isDenied = error == ERROR_ACCESS_DENIED;
-    bool mayPass = isDenied || error == ERROR_SHARING_VIOLATION;
-    if (!mayPass || GetTickCount64() >= (isDenied ? deniedDeadline : deadline)) {
+    if (!isDenied) deniedSince = 0;
+    if (isDenied && deniedSince == 0) deniedSince = now;
+    bool mayPass = isDenied ? now < deniedSince + kDeniedPatience : error == ERROR_SHARING_VIOLATION;
+    if (!mayPass || now >= deadline) {
       SetLastError(error);
-      return UniqueFile();
+      return false;
     }
     Sleep(kRetryPause);
   }
+}
+
+template <typename OpenOnce>
+UniqueFile OpenPatiently(uint64_t deadline, OpenOnce openOnce) {
+  UniqueFile file;
+  TryPatiently(deadline, [&] {
+    file.Reset(openOnce());
+    return static_cast<bool>(file);
+  });
+  return file;
 }
 
 // The new log in the making, beside the old one.
@@ -95,8 +108,10 @@ class NewLog {
       return false;
     }
     // Also the last word on whether all was written.
-    if (!CloseHandle(file_.Release()) ||
-        !MoveFileExW(newPath_.CStr(), path_.CStr(), MOVEFILE_REPLACE_EXISTING)) {
+    bool isWritten = CloseHandle(file_.Release()) != 0;
+    if (!isWritten || !TryPatiently(GetTickCount64() + kDeniedPatience, [this] {
+          return MoveFileExW(newPath_.CStr(), path_.CStr(), MOVEFILE_REPLACE_EXISTING) != 0;
+        })) {
       DWORD error = GetLastError();
       DeleteFileW(newPath_.CStr());
       SetLastError(error);

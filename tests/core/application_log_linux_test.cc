@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <iostream>
 
 #include "machine/faults.h"
 #include "support/log_text.h"
@@ -132,8 +133,9 @@ TEST_P(LogFaults, ShareTheFileWithAnotherProcess) {
     if (child == 0) {
       bool isGood = true;
       for (int i = 0; i < kEntries; i++) {
-        isGood =
-            log.Write(L" Backup ", "w" + std::to_string(writer) + " " + std::to_string(i) + ".") && isGood;
+        bool isWritten = log.Write(L" Backup ", "w" + std::to_string(writer) + " " + std::to_string(i) + ".");
+        if (!isWritten) std::cerr << "entry " << i << ": error " << GetLastError() << "\n";
+        isGood = isGood && isWritten;
       }
       log.Close();
       _exit(isGood ? 0 : 1);
