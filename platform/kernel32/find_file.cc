@@ -22,6 +22,7 @@ struct Search : Object {
   std::u16string pattern;
   bool takesAll = false;
   int dots = 0;  // how many of "." and ".." were given: 2 is all
+  FileFacts ownFacts;  // of the directory, read with the first of them
 };
 
 void Fill(WIN32_FIND_DATAW& data, const FileFacts& facts, std::u16string_view name, uint32_t tag) {
@@ -55,11 +56,11 @@ bool Describe(Search& search, const char* name, std::u16string_view windowsName,
 bool Next(Search& search, WIN32_FIND_DATAW& data) {
   while (search.dots < 2) {
     const char* name = search.dots++ == 0 ? "." : "..";
-    FileFacts facts;
     bool isWanted = search.takesAll || MatchesPattern(ToUtf16(name), search.pattern);
     // The directory above may be out of the machine's reach, so both show the facts of this one.
-    if (!isWanted || !ReadFacts(search.reader.Get(), "", facts)) continue;
-    Fill(data, facts, ToUtf16(name), 0);
+    if (!isWanted) continue;
+    if (search.ownFacts.inode == 0 && !ReadFacts(search.reader.Get(), "", search.ownFacts)) continue;
+    Fill(data, search.ownFacts, ToUtf16(name), 0);
     return true;
   }
   while (const char* name = search.reader.Next()) {

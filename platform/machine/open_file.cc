@@ -110,8 +110,11 @@ Opening::Outcome Opening::Descend() {
 Opening::Outcome Opening::OpenExisting() {
   Outcome outcome = Descend();
   if (outcome != Outcome::kDone) return outcome;
-  if (!MayOpenFound() || !EnterOpenFile(file_.get()) || (empties_ && !Empty())) return Outcome::kFailed;
-  return Outcome::kDone;
+  if (MayOpenFound() && EnterOpenFile(file_.get()) && (!empties_ || Empty())) return Outcome::kDone;
+  // Another process may have deleted it since it was found.
+  bool isGone = GetLastError() == ERROR_FILE_NOT_FOUND;
+  file_ = nullptr;
+  return isGone ? Outcome::kMissing : Outcome::kFailed;
 }
 
 // Sets up the file object; whether it may be opened comes later.
@@ -200,6 +203,8 @@ Opening::Outcome Opening::MakeNew() {
   change.Added(parent, location_.path.Name());
   if (SetUpNew(descriptor)) return Outcome::kDone;
   file_ = nullptr;
+  // Whoever was quicker to open it has it by now.
+  if (GetLastError() == ERROR_SHARING_VIOLATION) return Outcome::kFailed;
   OwnChange removal;
   if (unlinkat(location_.parent, name, 0) == 0) removal.Removed(parent, location_.path.Name());
   return Outcome::kFailed;
@@ -266,6 +271,7 @@ std::shared_ptr<File> Opening::Run() {
     SetLastError(isFound && mayMake ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return file_;
   }
+  SetLastError(ERROR_SHARING_VIOLATION);
   return nullptr;
 }
 
