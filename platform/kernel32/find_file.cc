@@ -21,7 +21,7 @@ struct Search : Object {
   DirectoryReader reader;
   std::u16string pattern;
   bool takesAll = false;
-  int dots = 0;  // how many of "." and ".." were given: 2 is all
+  int dots = 0;        // how many of "." and ".." were given: 2 is all
   FileFacts ownFacts;  // of the directory, read with the first of them
 };
 

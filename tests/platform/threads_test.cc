@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <tlhelp32.h>
+
 #include <atomic>
 #include <chrono>
 #include <thread>
 
 #include "foundation/unique_handle.h"
+#include "platform/privilege_switch.h"
+#include "platform/test_machine.h"
 
 namespace {
 
@@ -170,4 +174,45 @@ TEST(Threads, WrongHandlesFail) {
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
   EXPECT_EQ(SuspendThread(INVALID_HANDLE_VALUE), static_cast<DWORD>(-1));
   EXPECT_EQ(ResumeThread(nullptr), static_cast<DWORD>(-1));
+}
+
+namespace {
+
+// A thread of a process of the session at the console; 0 if there is none.
+DWORD ThreadOfAnother(DWORD& processId) {
+  UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+  THREADENTRY32 entry;
+  entry.dwSize = sizeof(entry);
+  for (BOOL more = Thread32First(snapshot.Get(), &entry); more; more = Thread32Next(snapshot.Get(), &entry)) {
+    DWORD session = 0;
+    processId = entry.th32OwnerProcessID;
+    bool isConsole = ProcessIdToSessionId(processId, &session) && session != 0;
+    if (isConsole && processId != GetCurrentProcessId()) return entry.th32ThreadID;
+  }
+  return 0;
+}
+
+}  // namespace
+
+// The last means against a program that doesn't end would do nothing, or be open to everybody.
+TEST(OtherThreads, AProcessEndsWithItsThread) {
+  TestMachine place;
+  DWORD processId = 0;
+  DWORD threadId = ThreadOfAnother(processId);
+  ASSERT_NE(threadId, 0u);
+
+  place.RunAs("Bob");
+  EXPECT_EQ(OpenThread(THREAD_TERMINATE, FALSE, threadId), nullptr);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+
+  place.RunAs("Anna");
+  ASSERT_EQ(SetPrivilege(L"SeDebugPrivilege", true), static_cast<DWORD>(ERROR_SUCCESS));
+  threadId = ThreadOfAnother(processId);
+  UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
+  UniqueHandle thread(OpenThread(THREAD_TERMINATE, FALSE, threadId));
+  ASSERT_TRUE(process && thread);
+  EXPECT_EQ(WaitForSingleObject(process.Get(), 0), WAIT_TIMEOUT);
+  EXPECT_TRUE(TerminateThread(thread.Get(), 0));
+  EXPECT_EQ(WaitForSingleObject(process.Get(), 0), WAIT_OBJECT_0);
+  EXPECT_EQ(OpenProcess(SYNCHRONIZE, FALSE, processId), nullptr);
 }
