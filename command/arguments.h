@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-enum class ConsoleCommand { kUsers, kBackup, kInfo };
+enum class ConsoleCommand { kUsers, kBackup, kInfo, kRestore, kRestoreFrom, kCopy, kMove };
 
 // Texts are UTF-8 as they were given.
 struct ConsoleArguments {
@@ -17,19 +17,31 @@ struct ConsoleArguments {
   bool isQuiet = false;
   std::string log;  // empty: the log beside the program
 
+  // Common to all that copies.
+  std::string folders = "all";
+  std::vector<std::string> extraFolders;  // for a restore, with "=" and a target behind it
+  bool copiesSystem = false;
+  bool copiesHidden = false;
+  bool overwrites = false;  // all but the backup: also files that are there already
+
   // backup
   std::string to;
   std::string name;
   bool hasName = false;
   std::vector<std::string> users;  // empty: all
-  std::string folders = "all";
-  std::vector<std::string> extraFolders;
   bool updateOnly = false;
-  bool copiesSystem = false;
-  bool copiesHidden = false;
 
-  // info
+  // info, restore
   std::string set;
+
+  // restore, restore-from
+  std::string root;  // of restore-from
+  std::vector<std::string> maps, creates, skips;
+  bool leavesExtraFolders = false;
+  bool moves = false;  // restore-from
+
+  // copy, move
+  std::string source, target;
 };
 
 enum class ParseOutcome {

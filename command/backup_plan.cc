@@ -2,45 +2,28 @@
 
 #include <windows.h>
 
+#include "folder_list.h"
 #include "foundation/file_object.h"
 #include "foundation/unique_handle.h"
 #include "operations/backup_target.h"
+#include "operations/backup_trees.h"
 #include "operations/extra_folders.h"
 #include "operations/path_queries.h"
 #include "operations/run_overlap.h"
+#include "profile_list.h"
+#include "same_name.h"
 #include "system_reason.h"
+#include "users/account_lookup.h"
 #include "users/user_table.h"
 #include "utf8_text.h"
 
 namespace {
 
-std::string Quoted(const wchar_t* text) { return "\"" + Escaped(text) + "\""; }
-std::string Quoted(const WString& text) { return Quoted(text.CStr()); }
-
-bool Object(PlanProblem& problem, std::string sentence, ExitCode exitCode = kExitNothingDone) {
-  problem.exitCode = exitCode;
-  problem.sentence = std::move(sentence);
-  return false;
-}
-
-bool IsSameName(const WString& a, const WString& b) {
-  return CompareStringOrdinal(a.CStr(), -1, b.CStr(), -1, TRUE) == CSTR_EQUAL;
-}
-
-bool ChooseFolders(const ConsoleArguments& arguments, BackupSelection& selection, PlanProblem& problem) {
-  WString unknown;
-  if (ParseFolderList(FromUtf8Text(arguments.folders).CStr(), selection.folderMask, &unknown)) return true;
-  return Object(
-      problem,
-      "--folders: " + (unknown.IsEmpty() ? "the list is empty" : Quoted(unknown) + " is no folder") +
-          "; give names from appdata, desktop, documents, downloads, music, pictures, videos, other, "
-          "separated by commas, or all.",
-      kExitUsage);
-}
-
 // All accounts are rows, as on the screen; those that were asked for are ticked.
-bool ChooseUsers(const ConsoleArguments& arguments, BackupSelection& selection, PlanProblem& problem) {
+bool ChooseUsers(const ConsoleArguments& arguments, BackupPlan& plan, PlanProblem& problem) {
+  BackupSelection& selection = plan.selection;
   const std::unique_ptr<UserTable> table = LoadUserTable();
+  plan.shortage = ProfileListProblem();
   for (uint32_t row = 0; row < table->count; ++row) {
     if (!table->userNames[row].IsEmpty()) selection.users.Add(table->userNames[row].CStr());
   }
@@ -53,10 +36,12 @@ bool ChooseUsers(const ConsoleArguments& arguments, BackupSelection& selection, 
       selection.userTicked[row] = true;
       isFound = true;
     }
-    if (!isFound) {
-      return Object(problem, "There is no local account " + Quoted(name) +
-                                 " with a profile; \"norvanectl users\" lists those that can be backed up.");
-    }
+    if (isFound) continue;
+    return Object(problem, !plan.shortage.empty()
+                               ? plan.shortage
+                               : "There is no local account " + Quoted(name) +
+                                     " with a profile; \"norvanectl users\" lists those that can be "
+                                     "backed up.");
   }
   return true;
 }
@@ -104,8 +89,13 @@ bool ChooseTarget(const ConsoleArguments& arguments, const AppObject& app, Backu
   return true;
 }
 
+bool HasProfile(const WString& account) {
+  WString sid, profile;
+  return GetAccountSidAndProfile(account.CStr(), sid, &profile);
+}
+
 // Takes out the accounts that get no key, so that they are told of and don't take part in what follows.
-bool LeaveOutUnknown(BackupPlan& plan, PlanProblem& problem) {
+bool LeaveOutUnknown(const ConsoleArguments& arguments, BackupPlan& plan, PlanProblem& problem) {
   IniDocument trial;  // in memory
   WStringArray leftOut;
   WriteBackupSelection(trial, plan.selection, &leftOut);
@@ -119,10 +109,13 @@ bool LeaveOutUnknown(BackupPlan& plan, PlanProblem& problem) {
     if (isLeftOut) {
       plan.leftOut.Add(plan.selection.users[row].CStr());
       plan.selection.userTicked[row] = false;
-    } else {
+    } else if (plan.shortage.empty() || HasProfile(plan.selection.users[row])) {
       hasWork = true;
     }
   }
+  if (!hasWork && !plan.shortage.empty()) return Object(problem, plan.shortage);
+  // Those that were named are all there.
+  if (!arguments.users.empty()) plan.shortage.clear();
   if (hasWork) return true;
   return Object(problem,
                 plan.leftOut.count == 0
@@ -157,7 +150,7 @@ bool TakesFolders(const WString& folder, DWORD& error) {
 bool CheckTarget(const BackupPlan& plan, const AppObject& app, PlanProblem& problem) {
   WString source, target;
   if (FindOverlap(ListBackupTrees(plan.selection, plan.target.CStr(), app.windowsVersion), source, target)) {
-    return Object(problem, Escaped(OverlapSentence(source.CStr(), target.CStr())));
+    return Object(problem, Escaped(OverlapSentence(kBackupOperation, source.CStr(), target.CStr())));
   }
   WString existing;
   if (!FindExisting(plan.target, existing)) {
@@ -185,11 +178,11 @@ bool PlanBackup(const ConsoleArguments& arguments, const AppObject& app, BackupP
                 PlanProblem& problem) {
   BackupSelection& selection = plan.selection;
   selection.updateOnly = arguments.updateOnly;
-  selection.skipAttributes =
-      (arguments.copiesHidden ? 0u : kSkipHiddenFiles) | (arguments.copiesSystem ? 0u : kSkipSystemFiles);
-  return ChooseFolders(arguments, selection, problem) && ChooseTarget(arguments, app, plan, problem) &&
-         ChooseExtraFolders(arguments, selection, problem) && ChooseUsers(arguments, selection, problem) &&
-         LeaveOutUnknown(plan, problem) && CheckTarget(plan, app, problem);
+  selection.skipAttributes = SkippedAttributes(arguments);
+  return ReadFolderList(arguments, selection.folderMask, problem) &&
+         ChooseTarget(arguments, app, plan, problem) && ChooseExtraFolders(arguments, selection, problem) &&
+         ChooseUsers(arguments, plan, problem) && LeaveOutUnknown(arguments, plan, problem) &&
+         CheckTarget(plan, app, problem);
 }
 
 std::string LeftOutSentence(const WString& account) {

@@ -7,20 +7,15 @@
 
 #include "arguments.h"
 #include "core/app_object.h"
-#include "exit_code.h"
 #include "operations/backup_selection.h"
+#include "plan_problem.h"
 
 struct BackupPlan {
   BackupSelection selection;
   WString name;          // cleaned
   WString target;        // folder of the set
   WStringArray leftOut;  // chosen accounts that the account database doesn't describe; not ticked
-};
-
-// Why there is no plan.
-struct PlanProblem {
-  ExitCode exitCode = kExitNothingDone;
-  std::string sentence;  // UTF-8, escaped
+  std::string shortage;  // why accounts of this machine may be missing among those; counts as a failure
 };
 
 // Loads the hives of the accounts; nothing else is changed. False with the problem.

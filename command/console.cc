@@ -2,12 +2,14 @@
 
 #include "arguments.h"
 #include "backup_command.h"
+#include "copy_move_command.h"
 #include "info_command.h"
 #include "interrupt.h"
 #include "missing_privileges.h"
 #include "operations/extra_folders.h"
 #include "operations/path_queries.h"
 #include "refusal.h"
+#include "restore_command.h"
 #include "run_console.h"
 #include "users/user_hives.h"
 #include "users_command.h"
@@ -33,6 +35,24 @@ bool ChooseLog(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput&
   return false;
 }
 
+ExitCode RunCommand(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput& output) {
+  switch (arguments.command) {
+    case ConsoleCommand::kUsers:
+      return RunUsersCommand(arguments, app, output);
+    case ConsoleCommand::kBackup:
+      return RunBackupCommand(arguments, app, output);
+    case ConsoleCommand::kInfo:
+      return RunInfoCommand(arguments, output);
+    case ConsoleCommand::kRestore:
+    case ConsoleCommand::kRestoreFrom:
+      return RunRestoreCommand(arguments, app, output);
+    case ConsoleCommand::kCopy:
+    case ConsoleCommand::kMove:
+      return RunCopyMoveCommand(arguments, app, output);
+  }
+  return kExitUsage;
+}
+
 ExitCode RunWithAccounts(const ConsoleArguments& arguments, ConsoleOutput& output) {
   const OwnHives hives;
   AppObject app;
@@ -40,8 +60,7 @@ ExitCode RunWithAccounts(const ConsoleArguments& arguments, ConsoleOutput& outpu
   if (!ChooseLog(arguments, app, output)) return kExitNothingDone;
   const std::string missing = MissingPrivilegesSentence();
   if (!missing.empty() && !arguments.isQuiet) output.Error(missing);
-  return arguments.command == ConsoleCommand::kUsers ? RunUsersCommand(arguments, app, output)
-                                                     : RunBackupCommand(arguments, app, output);
+  return RunCommand(arguments, app, output);
 }
 
 }  // namespace

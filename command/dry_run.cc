@@ -3,7 +3,6 @@
 #include "foundation/directory_enumerator.h"
 #include "interrupt.h"
 #include "json_line.h"
-#include "operations/backup_trees.h"
 #include "operations/path_queries.h"
 #include "progress_line.h"
 #include "system_reason.h"
@@ -12,24 +11,24 @@
 
 namespace {
 
+// The steps that give a bool give false when Ctrl+C came while they counted.
 class DryRun {
  public:
-  DryRun(const ConsoleArguments& arguments, const AppObject& app, const BackupPlan& plan,
-         ConsoleOutput& output)
-      : arguments_(arguments), app_(app), plan_(plan), output_(output) {}
+  DryRun(const ConsoleArguments& arguments, const DryRunPlan& plan, ConsoleOutput& output)
+      : arguments_(arguments), plan_(plan), output_(output) {}
 
   ExitCode Run();
 
  private:
-  bool ShowUser(const wchar_t* name);
-  bool ShowTree(const BackupTree& tree);
-  bool ShowOtherFolders(const BackupTree& tree);
+  bool ShowGroup(const DryRunGroup& group);
+  bool ShowTree(const RunTree& tree);
+  bool ShowOtherFolders(const RunTree& tree);
   void Fail(const std::string& sentence);
   void ShowEnd(bool isStopped);
+  std::string EndEvent(bool isStopped) const;
 
   const ConsoleArguments& arguments_;
-  const AppObject& app_;
-  const BackupPlan& plan_;
+  const DryRunPlan& plan_;
   ConsoleOutput& output_;
   TreeCount total_;
   int64_t failures_ = 0;
@@ -42,7 +41,7 @@ void DryRun::Fail(const std::string& sentence) {
 }
 
 // A folder that isn't there is nothing to copy, and no failure of a run.
-bool DryRun::ShowTree(const BackupTree& tree) {
+bool DryRun::ShowTree(const RunTree& tree) {
   if (tree.otherFolders) return ShowOtherFolders(tree);
   if (!IsFolderPath(tree.source.CStr())) return true;
   TreeCount count;
@@ -63,18 +62,17 @@ bool DryRun::ShowTree(const BackupTree& tree) {
   return true;
 }
 
-bool DryRun::ShowOtherFolders(const BackupTree& tree) {
-  const WString exclusions =
-      OtherFolderExclusions(app_.consoleUserSid.CStr(), app_.consoleUserProfile.CStr());
+bool DryRun::ShowOtherFolders(const RunTree& tree) {
+  if (IsMissingPath(tree.source.CStr())) return true;
   WString pattern(tree.source);
   pattern.AddLongPathPrefix().Append(L"\\*");
   DirectoryEnumerator folders;
   for (bool more = folders.First(pattern.CStr(), kSkipReparsePoints | kOnlyDirectories); more;
        more = folders.Next()) {
-    if (IsExcludedFolder(exclusions, folders.data.cFileName)) continue;
-    BackupTree folder;
-    folder.source.Concat(tree.source.CStr(), L"\\", folders.data.cFileName);
-    folder.target.Concat(tree.target.CStr(), L"\\", folders.data.cFileName);
+    if (plan_.isExcluded(folders.data.cFileName)) continue;
+    RunTree folder;
+    folder.source = PathBelow(tree.source, folders.data.cFileName);
+    folder.target = PathBelow(tree.target, folders.data.cFileName);
     if (!ShowTree(folder)) return false;
   }
   if (!ListingEnded()) {
@@ -84,35 +82,33 @@ bool DryRun::ShowOtherFolders(const BackupTree& tree) {
   return true;
 }
 
-bool DryRun::ShowUser(const wchar_t* name) {
-  if (!arguments_.isJson) output_.Result(Escaped(name));
-  UserTrees user;
-  if (!ListUserTrees(name, plan_.target.CStr(), plan_.selection.folderMask, app_.windowsVersion, user)) {
-    Fail("The account \"" + Escaped(name) + "\" has no profile that can be found.");
-    return true;
-  }
-  for (uint32_t row = 0; row < user.notFound.count; ++row) {
-    Fail("The folder \"" + Escaped(user.notFound[row]) + "\" of the account \"" + Escaped(name) +
-         "\" can't be found.");
-  }
-  for (const BackupTree& tree : user.trees) {
+bool DryRun::ShowGroup(const DryRunGroup& group) {
+  if (!arguments_.isJson) output_.Result(group.heading);
+  for (const std::string& sentence : group.failures) Fail(sentence);
+  for (const RunTree& tree : group.trees) {
     if (!ShowTree(tree)) return false;
   }
   return true;
 }
 
+std::string DryRun::EndEvent(bool isStopped) const {
+  JsonLine line("end");
+  line.Utf8("outcome", isStopped ? "stopped" : failures_ != 0 ? "failures" : "complete").Flag("dryRun", true);
+  for (const NamedPath& named : plan_.paths) line.Text(named.name, named.path);
+  std::vector<std::string> accounts;
+  for (uint32_t row = 0; row < plan_.accountsToCreate.count; ++row) {
+    accounts.push_back(ToUtf8Text(plan_.accountsToCreate[row]));
+  }
+  if (!accounts.empty()) line.List("accountsToCreate", accounts);
+  return line.Number("entries", total_.entries)
+      .Number("bytes", total_.bytes)
+      .Number("failures", failures_)
+      .Build();
+}
+
 void DryRun::ShowEnd(bool isStopped) {
   if (arguments_.isJson) {
-    output_.Result(JsonLine("end")
-                       .Utf8("outcome", isStopped        ? "stopped"
-                                        : failures_ != 0 ? "failures"
-                                                         : "complete")
-                       .Flag("dryRun", true)
-                       .Text("set", plan_.target)
-                       .Number("entries", total_.entries)
-                       .Number("bytes", total_.bytes)
-                       .Number("failures", failures_)
-                       .Build());
+    output_.Result(EndEvent(isStopped));
   } else if (isStopped) {
     output_.Error("Stopped. Nothing was changed.");
   } else {
@@ -122,26 +118,10 @@ void DryRun::ShowEnd(bool isStopped) {
 }
 
 ExitCode DryRun::Run() {
-  if (!arguments_.isJson) {
-    const bool isThere = IsFilePath(ChooseInfoFile(plan_.target.CStr()).CStr());
-    output_.Result((isThere ? "This would bring the backup up to date: " : "This would make the backup: ") +
-                   Escaped(plan_.target));
-  }
-  for (uint32_t row = 0; row < plan_.leftOut.count; ++row) Fail(LeftOutSentence(plan_.leftOut[row]));
+  if (!arguments_.isJson) output_.Result(plan_.headline);
+  for (const std::string& sentence : plan_.failures) Fail(sentence);
   bool isWhole = true;
-  const BackupSelection& selection = plan_.selection;
-  for (uint32_t row = 0; isWhole && row < selection.users.count; ++row) {
-    if (selection.IsUserTicked(row)) isWhole = ShowUser(selection.users[row].CStr());
-  }
-  if (!arguments_.isJson && selection.extraFolders.count != 0) output_.Result("Additional folders");
-  for (uint32_t row = 0; isWhole && row < selection.extraFolders.count; ++row) {
-    BackupTree tree;
-    WString name;
-    Md5Name(selection.extraFolders[row].CStr(), name);
-    tree.source = selection.extraFolders[row];
-    tree.target = ExtraFolderInSet(plan_.target.CStr(), name.CStr());
-    isWhole = ShowTree(tree);
-  }
+  for (size_t i = 0; isWhole && i < plan_.groups.size(); ++i) isWhole = ShowGroup(plan_.groups[i]);
   const bool isStopped = !isWhole || InterruptGuard::IsRequested();
   ShowEnd(isStopped);
   if (isStopped) return kExitStopped;
@@ -150,7 +130,6 @@ ExitCode DryRun::Run() {
 
 }  // namespace
 
-ExitCode ShowDryRun(const ConsoleArguments& arguments, const AppObject& app, const BackupPlan& plan,
-                    ConsoleOutput& output) {
-  return DryRun(arguments, app, plan, output).Run();
+ExitCode ShowDryRun(const ConsoleArguments& arguments, const DryRunPlan& plan, ConsoleOutput& output) {
+  return DryRun(arguments, plan, output).Run();
 }

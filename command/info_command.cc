@@ -6,11 +6,11 @@
 #include "interrupt.h"
 #include "json_line.h"
 #include "operations/backup_set.h"
-#include "operations/extra_folders.h"
 #include "operations/path_queries.h"
 #include "operations/set_accounts.h"
 #include "progress_line.h"
 #include "refusal.h"
+#include "set_document.h"
 #include "system_reason.h"
 #include "tree_count.h"
 #include "users_command.h"
@@ -224,14 +224,10 @@ ExitCode SetReport::Run() {
 }  // namespace
 
 ExitCode RunInfoCommand(const ConsoleArguments& arguments, ConsoleOutput& output) {
-  const WString set = CleanExtraFolder(FromUtf8Text(arguments.set).CStr());
-  WString infoFile = FindInfoFile(set.CStr());
-  if (infoFile.IsEmpty()) infoFile = ChooseInfoFile(set.CStr());
-  const InfoFileState state = CheckInfoFile(infoFile.CStr());
   IniDocument document;
-  if (state == InfoFileState::kReadable) {
-    document.Load(infoFile.CStr(), false);  // an empty file gives false and is a set that holds nothing
-    return SetReport(arguments, output, document).Run();
+  PlanProblem problem;
+  if (!OpenSet(arguments.set, document, problem)) {
+    return Refuse(arguments, problem.sentence, output, problem.exitCode);
   }
-  return Refuse(arguments, Escaped(InfoFileSentence(state, infoFile.CStr())), output);
+  return SetReport(arguments, output, document).Run();
 }

@@ -25,6 +25,7 @@ std::string ShortenedFront(const std::string& utf8, size_t columns) {
 }
 
 std::string Numbers(const ProgressState& state) {
+  if (state.isFlushing) return "writing to disk";
   if (state.isCounting) {
     return "counting  " + EntriesText(state.itemsTotal) + "  " + BytesText(state.bytesTotal);
   }

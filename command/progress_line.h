@@ -10,6 +10,7 @@
 struct ProgressState {
   std::string phase;  // UTF-8, escaped
   bool isCounting = false;
+  bool isFlushing = false;  // all is copied, and the system writes what it has held back
   int32_t perMille = 0;
   int64_t items = 0, itemsTotal = 0;
   int64_t bytes = 0, bytesTotal = 0;

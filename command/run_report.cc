@@ -22,6 +22,7 @@ RunReport::RunReport(ConsoleOutput& output, const ConsoleArguments& arguments)
     Report(owner).BeginPhase(source, target);
   };
   observer_.copyingBegins = [](void* owner, int64_t, int64_t) { Report(owner).BeginCopying(); };
+  observer_.flushBegins = [](void* owner) { Report(owner).BeginFlush(); };
   observer_.itemFailed = [](void* owner, const wchar_t* text, uint32_t error) {
     Report(owner).Failed(text, error);
   };
@@ -32,6 +33,7 @@ void RunReport::BeginPhase(const wchar_t* source, const wchar_t* target) {
     const std::lock_guard<std::mutex> lock(mutex_);
     source_ = Escaped(source);
     isCounting_ = true;
+    isFlushing_ = false;
     rate_.Restart(RateMeter::Clock::now());
   }
   if (isJson_) output_.Result(JsonLine("phase").Text("source", source).Text("target", target).Build());
@@ -41,6 +43,11 @@ void RunReport::BeginCopying() {
   const std::lock_guard<std::mutex> lock(mutex_);
   isCounting_ = false;
   rate_.Restart(RateMeter::Clock::now());
+}
+
+void RunReport::BeginFlush() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  isFlushing_ = true;
 }
 
 void RunReport::Failed(const wchar_t* text, uint32_t error) {
@@ -71,6 +78,7 @@ void RunReport::Tick(const OperationContext& context) {
     const std::lock_guard<std::mutex> lock(mutex_);
     state.phase = source_;
     state.isCounting = isCounting_;
+    state.isFlushing = isFlushing_;
     state.perMille = context.progress;
     state.items = context.itemsDone;
     // The engine's totals begin at 1.
@@ -98,6 +106,7 @@ void RunReport::WriteJsonProgress(const ProgressState& state) {
   JsonLine line("progress");
   line.Utf8("source", state.phase)
       .Flag("counting", state.isCounting)
+      .Flag("flushing", state.isFlushing)
       .Number("perMille", state.perMille)
       .Number("entries", state.items)
       .Number("entriesTotal", state.itemsTotal)

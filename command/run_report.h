@@ -29,6 +29,7 @@ class RunReport {
  private:
   void BeginPhase(const wchar_t* source, const wchar_t* target);
   void BeginCopying();
+  void BeginFlush();
   void WriteJsonProgress(const ProgressState& state);
 
   ConsoleOutput& output_;
@@ -37,6 +38,7 @@ class RunReport {
   std::mutex mutex_;  // of what follows: the worker begins phases while the other thread draws
   std::string source_;
   bool isCounting_ = false;
+  bool isFlushing_ = false;
   bool toldDiskFull_ = false;
   bool toldStop_ = false;
   RateMeter rate_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "json_line.h"
+#include "profile_list.h"
 #include "refusal.h"
 #include "users/account_facts.h"
 #include "users/user_table.h"
@@ -34,6 +35,20 @@ void ShowTable(const std::vector<UserRow>& rows, ConsoleOutput& output) {
     output.Result(Cell(row.name, name) + Cell(row.type, type) + Cell(row.displayName, displayName) +
                   row.profile);
   }
+}
+
+// Says why the list isn't whole. False if it is.
+bool TellWhatIsMissing(const ConsoleArguments& arguments, const UserTable& table, ConsoleOutput& output) {
+  std::string sentence = ProfileListProblem();
+  for (uint32_t row = 0; sentence.empty() && row < table.count; ++row) {
+    if (!table.userNames[row].IsEmpty() && table.profilePaths[row].IsEmpty()) {
+      sentence = MissingProfileSentence(table.userNames[row]);
+    }
+  }
+  if (sentence.empty()) return false;
+  if (arguments.isJson) output.Result(JsonLine("failure").Utf8("text", sentence).Build());
+  output.Error("norvanectl: " + sentence);
+  return true;
 }
 
 }  // namespace
@@ -71,12 +86,13 @@ ExitCode RunUsersCommand(const ConsoleArguments& arguments, const AppObject& app
                       .Build());
   }
   if (rows.size() == 1) {
-    return Refuse(
-        arguments,
-        "There is no local account with a profile; check that this runs on the machine that you mean, "
-        "as administrator.",
-        output);
+    const std::string problem = ProfileListProblem();
+    return Refuse(arguments,
+                  problem.empty() ? "There is no local account with a profile; check that this runs on the "
+                                    "machine that you mean, as administrator."
+                                  : problem,
+                  output);
   }
   if (!arguments.isJson) ShowTable(rows, output);
-  return kExitDone;
+  return TellWhatIsMissing(arguments, *table, output) ? kExitFailures : kExitDone;
 }

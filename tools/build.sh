@@ -49,7 +49,7 @@ RunTests() {
   local counts
   counts=$(awk '
     /^\[  PASSED  \] [0-9]+ test/ { passed += $4; cases = 1 }
-    /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4 }
+    /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4; cases = 1 }
     /^\[  FAILED  \] [0-9]+ test/ { failed += $4; cases = 1 }
     /^Test Passed\./ { if (!cases) passed++; cases = 0 }
     /^Test Failed\./ || /^Test timed out/ { if (!cases) failed++; cases = 0 }
@@ -106,19 +106,26 @@ RunBench() {
   exec "$project/bench/run" "$@"
 }
 
-# ./dev fuzz [MINUTES]: each fuzzer in turn, with what it found before.
+# ./dev fuzz [MINUTES]: each fuzzer in turn, with what it found before and a few inputs to begin with.
 RunFuzz() {
-  local minutes=${1-1} fuzzer name
+  local minutes=${1-1} fuzzer name log
+  local -a corpus
   [[ $minutes =~ ^[1-9][0-9]*$ ]] || Die "usage: ./dev fuzz [MINUTES]"
   NeedPackages "${packages_linux[@]}" "${packages_fuzz[@]}"
   BuildPreset linux-fuzz fuzzers
   for fuzzer in "$build"/linux-fuzz/tests/fuzz/*_fuzzer; do
-    name=${fuzzer##*/}
-    mkdir -p "$build/fuzz/$name"
-    Say "$name for $minutes minutes; what it finds goes to build/fuzz/"
+    name=${fuzzer##*/} log=$build/fuzz/$name.log
+    corpus=("$build/fuzz/$name")
+    mkdir -p "${corpus[0]}"
+    [[ ! -d $project/tests/fuzz/seeds/$name ]] || corpus+=("$project/tests/fuzz/seeds/$name")
+    Say "$name: $minutes min; what it finds goes to build/fuzz/"
     # A crash ends the loop: its input lies beside the corpus.
-    (cd "$build/fuzz" && "$fuzzer" -max_total_time=$((minutes * 60)) -timeout=20 -rss_limit_mb=2048 \
-      -artifact_prefix="$build/fuzz/$name-" "$name") || Die "$name found a fault; see build/fuzz/"
+    "$fuzzer" -max_total_time=$((minutes * 60)) -timeout=20 -rss_limit_mb=2048 \
+      -artifact_prefix="$build/fuzz/$name-" "${corpus[@]}" >"$log" 2>&1 </dev/null || {
+      tail -n 40 "$log" >&2
+      Die "$name found a fault; see $log"
+    }
+    grep -E '^Done [0-9]+ runs' "$log" || Die "$name didn't come to its end; see $log"
   done
 }
 

@@ -31,17 +31,18 @@ mapfile -t scripts < <(grep -lE -m 1 '^#!.*bash|^# shellcheck shell=bash' dev .c
 shellcheck "${scripts[@]}" || status=1
 
 # Sources of the Linux build that haven't been found good since they, a header or the checks last changed.
-NewestHeader() { find src command platform .clang-tidy \( -name '*.h' -o -name .clang-tidy \) -printf '%T@ %p\n' | sort -rn | head -n 1 | cut -d' ' -f2; }
-newest=$(NewestHeader)
+NewestHeader() { find "$@" .clang-tidy \( -name '*.h' -o -name .clang-tidy \) -printf '%T@ %p\n' | sort -rn | head -n 1 | cut -d' ' -f2; }
+newest=$(NewestHeader src command platform)
+newest_of_tests=$(NewestHeader src command platform tests)
 sources=()
 for file in "${files[@]}"; do
   case $file in
     *.h | *_windows_test.cc | tests/support/windows/* | tests/stand_in/* | tests/fuzz/* | command/windows_main.cc) continue ;;
     src/toolkit/* | src/screens/* | src/network/*) continue ;;
-    tests/*) (($#)) || continue ;;  # they take most of the time and show the least: only when named
   esac
-  stamp=$build/lint/$file.good
-  [[ $# -eq 0 && $stamp -nt $file && $stamp -nt $newest ]] && continue
+  stamp=$build/lint/$file.good header=$newest
+  [[ $file != tests/* ]] || header=$newest_of_tests
+  [[ $# -eq 0 && $stamp -nt $file && $stamp -nt $header ]] && continue
   sources+=("$file")
 done
 

@@ -27,7 +27,10 @@ grep -Eq '^MajorSubsystemVersion[[:space:]]+[4-6]$' <<<"$header" || Wrong "asks 
 size=$(stat -c %s "$program")
 ((size < 4 * 1024 * 1024)) || Wrong "$size bytes, which is not below 4 MiB"
 grep -qa 'level="asInvoker"' "$program" || Wrong "no manifest that asks for the caller's rights"
-LC_ALL=C grep -qaP '3\0\.\0000\0\.\0002\0\.\0000\0' "$program" || Wrong "no version 3.0.2.0 in its resources"
+version=$(sed -n 's/^#define NORVANE_VERSION_TEXT "\(.*\)"$/\1/p' "$(dirname "$0")/../src/resources/version.h")
+# As it stands in the resources: two bytes a character.
+wide=$(sed 's/[0-9]/&\\x00/g; s/\./[.]\\x00/g' <<<"$version")
+LC_ALL=C grep -qaP "$wide" "$program" || Wrong "no version $version in its resources"
 
 while IFS= read -r library; do
   [[ $libraries == *" ${library,,} "* ]] || Wrong "imports $library, which isn't on the list of libraries"

@@ -13,12 +13,6 @@ using namespace machine;
 
 namespace {
 
-bool IsThisComputer(const wchar_t* system) {
-  std::string name = ToUtf8(system);
-  name.erase(0, name.find_first_not_of('\\'));
-  return name.empty() || FoldUtf8(name) == FoldUtf8(ThisMachine().settings.computerName);
-}
-
 // `size` counts units: with the terminator where it tells what is needed, without where it fitted.
 bool FitsText(const std::u16string& text, const wchar_t* buffer, const DWORD* size) {
   return buffer && *size > text.size();

@@ -1,7 +1,8 @@
 // crypto.cc
 //
-// MD5 of CryptoAPI, through libcrypto.
+// MD5 and random numbers of CryptoAPI, through libcrypto.
 #include <openssl/evp.h>
+#include <openssl/rand.h>
 #include <windows.h>
 #include <wincrypt.h>
 
@@ -60,6 +61,12 @@ BOOL WINAPI CryptAcquireContextW(HCRYPTPROV* provider, const wchar_t* container,
 BOOL WINAPI CryptReleaseContext(HCRYPTPROV provider, DWORD) {
   EnterCall();
   return CryptoObject<Provider>(provider) && RemoveHandle(AsHandle(provider));
+}
+
+BOOL WINAPI CryptGenRandom(HCRYPTPROV provider, DWORD size, BYTE* bytes) {
+  EnterCall();
+  if (!CryptoObject<Provider>(provider)) return FALSE;
+  return RAND_bytes(bytes, static_cast<int>(size)) == 1 ? TRUE : FailWithStatus(NTE_FAIL);
 }
 
 BOOL WINAPI CryptCreateHash(HCRYPTPROV provider, ALG_ID algorithm, HCRYPTKEY key, DWORD, HCRYPTHASH* hash) {

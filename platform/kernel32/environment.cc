@@ -6,50 +6,38 @@
 
 #include <algorithm>
 #include <optional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "machine/accounts_file.h"
 #include "machine/call.h"
 #include "machine/create_machine.h"
 #include "machine/machine.h"
 #include "machine/names.h"
+#include "machine/profile_list.h"
 
 using namespace machine;
 
 namespace {
 
-std::string SystemDrive() { return std::string(1, ThisMachine().settings.systemDrive) + ":"; }
-
-bool HasOldLayout() { return ThisMachine().settings.major < 6; }
-
-std::optional<std::string> ReadProfilePath(const std::string& sid) {
-  std::u16string path = ToUtf16("SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\" + sid);
-  HKEY key;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, AsWide(path), 0, KEY_READ | KEY_WOW64_64KEY, &key) != ERROR_SUCCESS) {
-    return std::nullopt;
-  }
-  wchar_t value[1024] = {};
-  DWORD bytes = sizeof(value) - sizeof(wchar_t);
-  LSTATUS status =
-      RegQueryValueExW(key, L"ProfileImagePath", nullptr, nullptr, reinterpret_cast<BYTE*>(value), &bytes);
-  RegCloseKey(key);
-  if (status != ERROR_SUCCESS) return std::nullopt;
-  std::string text = ToUtf8(value);
-  constexpr std::string_view kDrive = "%SystemDrive%";
-  if (FoldUtf8(text).starts_with(FoldUtf8(kDrive))) text.replace(0, kDrive.size(), SystemDrive());
-  return text;
+// The account that runs the program; without a name where it is the system itself.
+Account Own() {
+  const AccountsHold hold;
+  const Account* account = ThisMachine().RunningAccount();
+  return account ? *account : Account();
 }
 
-// The profile of the account that runs the program; that of the system itself where it is none.
 std::string OwnProfile() {
-  const Account* account = ThisMachine().RunningAccount();
-  if (!account) return SystemDrive() + "\\Windows\\system32\\config\\systemprofile";
-  return ReadProfilePath(account->sid).value_or(ProfilePath(ThisMachine().settings.major, account->name));
+  const Account own = Own();
+  if (own.name.empty()) return SystemDriveText() + "\\Windows\\system32\\config\\systemprofile";
+  const std::string profile = ProfileOf(own.sid);
+  return profile.empty() ? ProfilePath(ThisMachine().settings.major, own.name) : profile;
 }
 
 std::string OwnName() {
-  const Account* account = ThisMachine().RunningAccount();
-  return account ? account->name : "SYSTEM";
+  const Account own = Own();
+  return own.name.empty() ? "SYSTEM" : own.name;
 }
 
 struct Variable {
@@ -61,31 +49,37 @@ struct Variable {
 const Variable kVariables[] = {
     {"ALLUSERSPROFILE",
      [] {
-       return SystemDrive() + (HasOldLayout() ? "\\Documents and Settings\\All Users" : "\\ProgramData");
+       return SystemDriveText() + (ThisMachine().settings.HasOldLayout()
+                                       ? "\\Documents and Settings\\All Users"
+                                       : "\\ProgramData");
      }},
-    {"APPDATA", [] { return OwnProfile() + (HasOldLayout() ? "\\Application Data" : "\\AppData\\Roaming"); }},
-    {"CommonProgramFiles", [] { return SystemDrive() + "\\Program Files (x86)\\Common Files"; }},
-    {"CommonProgramFiles(x86)", [] { return SystemDrive() + "\\Program Files (x86)\\Common Files"; }},
-    {"CommonProgramW6432", [] { return SystemDrive() + "\\Program Files\\Common Files"; }},
+    {"APPDATA",
+     [] {
+       return OwnProfile() +
+              (ThisMachine().settings.HasOldLayout() ? "\\Application Data" : "\\AppData\\Roaming");
+     }},
+    {"CommonProgramFiles", [] { return SystemDriveText() + "\\Program Files (x86)\\Common Files"; }},
+    {"CommonProgramFiles(x86)", [] { return SystemDriveText() + "\\Program Files (x86)\\Common Files"; }},
+    {"CommonProgramW6432", [] { return SystemDriveText() + "\\Program Files\\Common Files"; }},
     {"COMPUTERNAME", [] { return ThisMachine().settings.computerName; }},
-    {"ComSpec", [] { return SystemDrive() + "\\Windows\\system32\\cmd.exe"; }},
+    {"ComSpec", [] { return SystemDriveText() + "\\Windows\\system32\\cmd.exe"; }},
     {"HOMEDRIVE", [] { return OwnProfile().substr(0, 2); }},
     {"HOMEPATH", [] { return OwnProfile().substr(2); }},
     {"OS", [] { return std::string("Windows_NT"); }},
-    {"ProgramFiles", [] { return SystemDrive() + "\\Program Files (x86)"; }},
-    {"ProgramFiles(x86)", [] { return SystemDrive() + "\\Program Files (x86)"; }},
-    {"ProgramW6432", [] { return SystemDrive() + "\\Program Files"; }},
-    {"SystemDrive", SystemDrive},
-    {"SystemRoot", [] { return SystemDrive() + "\\Windows"; }},
+    {"ProgramFiles", [] { return SystemDriveText() + "\\Program Files (x86)"; }},
+    {"ProgramFiles(x86)", [] { return SystemDriveText() + "\\Program Files (x86)"; }},
+    {"ProgramW6432", [] { return SystemDriveText() + "\\Program Files"; }},
+    {"SystemDrive", SystemDriveText},
+    {"SystemRoot", [] { return SystemDriveText() + "\\Windows"; }},
     {"USERDOMAIN", [] { return ThisMachine().settings.computerName; }},
     {"USERNAME", OwnName},
     {"USERPROFILE", OwnProfile},
-    {"windir", [] { return SystemDrive() + "\\Windows"; }},
+    {"windir", [] { return SystemDriveText() + "\\Windows"; }},
 };
 const Variable kVariablesSince6[] = {
     {"LOCALAPPDATA", [] { return OwnProfile() + "\\AppData\\Local"; }},
-    {"ProgramData", [] { return SystemDrive() + "\\ProgramData"; }},
-    {"PUBLIC", [] { return SystemDrive() + "\\Users\\Public"; }},
+    {"ProgramData", [] { return SystemDriveText() + "\\ProgramData"; }},
+    {"PUBLIC", [] { return SystemDriveText() + "\\Users\\Public"; }},
     {"TEMP", [] { return OwnProfile() + "\\AppData\\Local\\Temp"; }},
     {"TMP", [] { return OwnProfile() + "\\AppData\\Local\\Temp"; }},
 };
@@ -100,7 +94,7 @@ const Variable* FindIn(const Variable (&variables)[N], std::u16string_view name)
 
 std::optional<std::u16string> ValueOf(std::u16string_view name) {
   const Variable* variable = FindIn(kVariables, name);
-  if (!variable && !HasOldLayout()) variable = FindIn(kVariablesSince6, name);
+  if (!variable && !ThisMachine().settings.HasOldLayout()) variable = FindIn(kVariablesSince6, name);
   if (!variable) return std::nullopt;
   return ToUtf16(variable->value());
 }
@@ -146,7 +140,7 @@ DWORD WINAPI GetEnvironmentVariableW(const wchar_t* name, wchar_t* buffer, DWORD
 
 UINT WINAPI GetSystemWindowsDirectoryW(wchar_t* buffer, UINT room) {
   EnterCall();
-  return Fill(ToUtf16(SystemDrive() + "\\Windows"), buffer, room);
+  return Fill(ToUtf16(SystemDriveText() + "\\Windows"), buffer, room);
 }
 UINT WINAPI GetWindowsDirectoryW(wchar_t* buffer, UINT room) {
   return GetSystemWindowsDirectoryW(buffer, room);

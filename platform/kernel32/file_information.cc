@@ -134,6 +134,8 @@ DWORD WINAPI GetFinalPathNameByHandleW(HANDLE handle, LPWSTR buffer, DWORD size,
   if (!file || (FaultsAreSet() && HasFault("GetFinalPathNameByHandleW", Effect::kReads, file->Path()))) {
     return 0;
   }
+  // As of a network drive, whose volume has no other name.
+  if ((flags & ~FILE_NAME_OPENED) == VOLUME_NAME_GUID) return Fail(ERROR_PATH_NOT_FOUND);
   if ((flags & ~FILE_NAME_OPENED) != VOLUME_NAME_DOS) {
     Unsupported("GetFinalPathNameByHandleW", "names other than those of drives");
   }

@@ -1,5 +1,8 @@
 #include "machine/account_names.h"
 
+#include <algorithm>
+
+#include "machine/accounts_file.h"
 #include "machine/machine.h"
 #include "machine/names.h"
 #include "machine/sid_text.h"
@@ -24,7 +27,7 @@ constexpr WellKnown kWellKnown[] = {
     {"Guests", "BUILTIN", kGuestsSid, SidTypeAlias},
 };
 
-bool Same(std::string_view a, std::string_view b) { return FoldUtf8(a) == FoldUtf8(b); }
+constexpr size_t kLongestAccountName = 20;
 
 NamedSid Local(const Account& account) {
   return {account.sid, account.name, ThisMachine().settings.computerName, SidTypeUser};
@@ -34,20 +37,21 @@ NamedSid Known(const WellKnown& known) { return {known.sid, known.name, known.do
 }  // namespace
 
 bool FindAccountName(std::string_view name, NamedSid& found) {
+  const AccountsHold hold;
   std::string_view domain;
   if (const size_t slash = name.find('\\'); slash != std::string_view::npos) {
     domain = name.substr(0, slash);
     name.remove_prefix(slash + 1);
   }
   const Machine& here = ThisMachine();
-  if (domain.empty() || domain == "." || Same(domain, here.settings.computerName)) {
+  if (domain.empty() || domain == "." || SameText(domain, here.settings.computerName)) {
     if (const Account* account = here.FindAccount(name)) {
       found = Local(*account);
       return true;
     }
   }
   for (const WellKnown& known : kWellKnown) {
-    if (!Same(name, known.name) || !(domain.empty() || Same(domain, known.domain))) continue;
+    if (!SameText(name, known.name) || !(domain.empty() || SameText(domain, known.domain))) continue;
     found = Known(known);
     return true;
   }
@@ -55,16 +59,30 @@ bool FindAccountName(std::string_view name, NamedSid& found) {
 }
 
 bool FindAccountSid(std::string_view sid, NamedSid& found) {
+  const AccountsHold hold;
   if (const Account* account = ThisMachine().FindSid(sid)) {
     found = Local(*account);
     return true;
   }
   for (const WellKnown& known : kWellKnown) {
-    if (!Same(sid, known.sid)) continue;
+    if (!SameText(sid, known.sid)) continue;
     found = Known(known);
     return true;
   }
   return false;
+}
+
+bool IsAccountName(std::string_view name) {
+  return !name.empty() && ToUtf16(name).size() <= kLongestAccountName &&
+         name.find_first_of("\"/\\[]:;|=,+*?<>@") == std::string_view::npos && name.back() != '.' &&
+         name.back() != ' ' && name.front() != ' ' &&
+         std::none_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+}
+
+bool IsThisComputer(const wchar_t* computer) {
+  std::string name = ToUtf8(computer);
+  name.erase(0, name.find_first_not_of('\\'));
+  return name.empty() || SameText(name, ThisMachine().settings.computerName);
 }
 
 }  // namespace machine

@@ -20,4 +20,11 @@ struct NamedSid {
 bool FindAccountName(std::string_view name, NamedSid& found);
 bool FindAccountSid(std::string_view sid, NamedSid& found);
 
+// Whether a new account can have the name: 1 to 20 units, none of "/\[]:;|=,+*?<>@, no control character,
+// no blank at an end and no dot at the last one.
+bool IsAccountName(std::string_view name);
+
+// The computer that a call is to go to: null, empty, or this one's name with or without backslashes.
+bool IsThisComputer(const wchar_t* name);
+
 }  // namespace machine

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "machine/complaint.h"
 #include "machine/hive_store.h"
 #include "machine/machine.h"
 #include "machine/names.h"
@@ -21,11 +22,6 @@ namespace {
 
 constexpr const char* kVersionKey = "Microsoft\\Windows NT\\CurrentVersion";
 constexpr size_t kMostProfiles = 4096;
-
-bool Complain(std::string* error, const std::string& text) {
-  if (error) *error = text;
-  return false;
-}
 
 bool LiesIn(const fs::path& inner, const fs::path& outer) {
   const auto [end, rest] = std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end());

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <random>
 
+#include "machine/account_names.h"
+#include "machine/complaint.h"
 #include "machine/file_attributes.h"
 #include "machine/names.h"
 #include "machine/profile_layout.h"
@@ -34,17 +36,9 @@ constexpr BuiltInAccount kBuiltInAccounts[] = {
 };
 uint32_t BuiltInRid(std::string_view name) {
   for (const BuiltInAccount& builtIn : kBuiltInAccounts) {
-    if (FoldUtf8(builtIn.name) == FoldUtf8(name)) return builtIn.rid;
+    if (SameText(builtIn.name, name)) return builtIn.rid;
   }
   return 0;
-}
-
-constexpr uint32_t kDisabled = 2;  // UF_ACCOUNTDISABLE
-constexpr size_t kLongestAccountName = 20;
-
-bool Complain(std::string* error, const std::string& text) {
-  if (error) *error = text;
-  return false;
 }
 
 // One run of CreateMachine.
@@ -133,7 +127,7 @@ void Creation::AddAccount(const AccountPlan& plan, uint32_t rid) {
   account.comment = plan.comment;
   account.home = plan.home;
   account.type = plan.type;
-  if (plan.isDisabled) account.flags |= kDisabled;
+  if (plan.isDisabled) account.flags |= kAccountDisabled;
   const char* const groups[] = {"Guests", "Users", "Administrators"};
   account.groups = {groups[static_cast<int>(plan.type)]};
   machine_.accounts.push_back(account);
@@ -234,13 +228,6 @@ void Creation::AddProcesses() {
   if (!plan_.consoleAccount.empty()) {
     processes.push_back({"C:\\Windows\\explorer.exe", plan_.consoleAccount, console});
   }
-}
-
-bool IsAccountName(std::string_view name) {
-  return !name.empty() && ToUtf16(name).size() <= kLongestAccountName &&
-         name.find_first_of("\"/\\[]:;|=,+*?<>@") == std::string_view::npos && name.back() != '.' &&
-         name.back() != ' ' && name.front() != ' ' &&
-         std::none_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
 }  // namespace

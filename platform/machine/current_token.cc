@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "machine/accounts_file.h"
 #include "machine/machine.h"
 #include "machine/sessions.h"
 
@@ -29,6 +30,7 @@ std::shared_ptr<Token> ProcessToken() {
   if (!token) {
     static const bool asked = (OnLeaveMachine(DropToken), true);
     static_cast<void>(asked);
+    const AccountsHold accounts;
     const Account* account = ThisMachine().RunningAccount();
     token = MakeToken(account ? account->name : "SYSTEM", OwnSession());
   }
@@ -38,5 +40,9 @@ std::shared_ptr<Token> ProcessToken() {
 std::shared_ptr<Token> ThreadToken() { return ofThread ? ofThread : ProcessToken(); }
 
 void Impersonate(std::shared_ptr<Token> token) { ofThread = std::move(token); }
+
+AsSystem::AsSystem() : before_(std::move(ofThread)) { ofThread = MakeToken("SYSTEM", OwnSession()); }
+
+AsSystem::~AsSystem() { ofThread = std::move(before_); }
 
 }  // namespace machine

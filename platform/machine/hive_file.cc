@@ -11,9 +11,9 @@ namespace machine {
 namespace {
 
 constexpr size_t kBlock = 4096;
-constexpr uint32_t kRootCell = 32;           // behind the header of the first bin
-constexpr size_t kNameLengthAt = 0x4C;       // in a key cell, behind its size
-constexpr uint64_t kLargestHive = 1u << 31;  // more than the system itself loads
+constexpr uint32_t kRootCell = 32;             // behind the header of the first bin
+constexpr size_t kNameLengthAt = 0x4C;         // in a key cell, behind its size
+constexpr uint64_t kLargestHive = 512u << 20;  // it is read whole, and may be a stranger's
 constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr char kRootName[] = "ROOT";
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "machine/accounts_file.h"
 #include "machine/faults.h"
 #include "machine/machine.h"
 #include "machine/names.h"
@@ -57,7 +58,8 @@ void AskToBeToldOfLeaving() {
   static_cast<void>(asked);
 }
 
-// The accounts whose hives Windows itself has loaded, because they are logged on.
+// The accounts whose hives Windows itself has loaded, because they are logged on. To be asked under
+// AccountsHold.
 std::vector<const Account*> LoggedOn() {
   const Machine& here = ThisMachine();
   std::vector<const Account*> accounts;
@@ -82,6 +84,7 @@ std::string OwnHiveFile(HiveRoot root, const std::string& folded) {
     return {};
   }
   if (folded == kDefaultUser) return config + "DEFAULT";
+  const AccountsHold hold;
   for (const Account* account : LoggedOn()) {
     if (FoldUtf8(account->sid) != folded) continue;
     std::string profile = ProfileOf(account->sid);
@@ -131,6 +134,7 @@ std::vector<std::string> HiveNames(HiveRoot root) {
     for (const char* name : kOwnHives) FindHive(root, name, hive);
   } else {
     FindHive(root, kDefaultUser, hive);
+    const AccountsHold hold;
     for (const Account* account : LoggedOn()) FindHive(root, account->sid, hive);
   }
   for (const MountedHive& mounted : Mounted()) {

@@ -4,11 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <mutex>
 
+#include "machine/accounts_file.h"
+#include "machine/complaint.h"
 #include "machine/names.h"
 #include "machine/settings_text.h"
 
@@ -16,7 +17,6 @@ namespace machine {
 namespace {
 
 constexpr const char* kMachineFile = "machine.ini";
-constexpr const char* kAccountsFile = "accounts.ini";
 
 struct Current {
   std::unique_ptr<Machine> machine;
@@ -31,11 +31,6 @@ Current& TheCurrent() {
 bool IsFolder(const std::string& path) {
   struct stat status;
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-bool Complain(std::string* error, const std::string& text) {
-  if (error) *error = text;
-  return false;
 }
 
 void Take(const SettingsSection& section, std::string_view key, std::string& value) {
@@ -78,7 +73,7 @@ bool ReadMachineSection(const SettingsSection& section, const std::string& file,
 bool ReadDrives(const SettingsSection& section, const std::string& file, MachineSettings& settings,
                 std::string* error) {
   for (const auto& [key, value] : section.values) {
-    if (FoldUtf8(key) == FoldUtf8("ReadOnly")) {
+    if (SameText(key, "ReadOnly")) {
       for (char c : value) {
         if (IsDriveLetter(std::string_view(&c, 1))) settings.readOnlyDrives += Upper(c);
       }
@@ -119,41 +114,11 @@ const char* TypeName(AccountType type) {
   return "standard";
 }
 
-bool ReadAccount(const SettingsSection& section, const std::string& file, Account& account,
-                 std::string* error) {
-  account.name = section.name;
-  Take(section, "Sid", account.sid);
-  Take(section, "FullName", account.fullName);
-  Take(section, "Comment", account.comment);
-  Take(section, "Home", account.home);
-  Take(section, "PasswordDigest", account.passwordDigest);
-  std::string type = "standard", groups;
-  Take(section, "Type", type);
-  if (!ParseAccountType(type, account.type)) {
-    return Complain(error, "\"" + file + "\": account \"" + account.name + "\" has the unknown type \"" +
-                               type + "\". Known are guest, standard and administrator.");
-  }
-  if (const std::string* flags = section.Find("Flags")) {
-    account.flags = static_cast<uint32_t>(strtoul(flags->c_str(), nullptr, 0));
-  }
-  Take(section, "Groups", groups);
-  for (size_t start = 0; start < groups.size();) {
-    const size_t end = std::min(groups.find(',', start), groups.size());
-    if (end > start) account.groups.push_back(groups.substr(start, end - start));
-    start = end + 1;
-  }
-  if (account.name.empty() || !account.sid.starts_with("S-1-")) {
-    return Complain(error, "\"" + file + "\": account \"" + account.name +
-                               "\" lacks its name or its \"Sid=S-1-5-21-…\".");
-  }
-  return true;
-}
-
 }  // namespace
 
 bool ParseAccountType(std::string_view text, AccountType& type) {
   for (const AccountType known : {AccountType::kGuest, AccountType::kStandard, AccountType::kAdministrator}) {
-    if (FoldUtf8(text) != FoldUtf8(TypeName(known))) continue;
+    if (!SameText(text, TypeName(known))) continue;
     type = known;
     return true;
   }
@@ -174,7 +139,7 @@ bool Machine::Open(const std::string& folder, Machine& machine, std::string* err
   }
   machine.folder = real;
   free(real);
-  SettingsText text, accounts;
+  SettingsText text;
   if (!text.Read(file, error)) return false;
   const SettingsSection* section = text.Find("Machine");
   if (!section) return Complain(error, "\"" + file + "\" has no section [Machine].");
@@ -185,18 +150,7 @@ bool Machine::Open(const std::string& folder, Machine& machine, std::string* err
   }
   if (const auto* processes = text.Find("Processes")) ReadProcesses(*processes, machine.settings);
 
-  const std::string accountsFile = machine.folder + "/" + kAccountsFile;
-  if (!accounts.Read(accountsFile, error)) return false;
-  for (const SettingsSection& row : accounts.sections) {
-    Account account;
-    if (!ReadAccount(row, accountsFile, account, error)) return false;
-    if (machine.FindAccount(account.name) || machine.FindSid(account.sid)) {
-      return Complain(error,
-                      "\"" + accountsFile + "\" has the account \"" + account.name + "\" or its SID twice.");
-    }
-    machine.accounts.push_back(account);
-  }
-  return true;
+  return ReadAccounts(machine.folder + "/" + kAccountsFile, machine.accounts, error);
 }
 
 bool Machine::Save(std::string* error) const {
@@ -225,24 +179,7 @@ bool Machine::Save(std::string* error) const {
 }
 
 bool Machine::SaveAccounts(std::string* error) const {
-  SettingsText text;
-  for (const Account& account : accounts) {
-    SettingsSection section{account.name, {}};
-    section.Add("Sid", account.sid);
-    section.Add("FullName", account.fullName);
-    section.Add("Comment", account.comment);
-    section.Add("Type", TypeName(account.type));
-    char flags[16];
-    snprintf(flags, sizeof flags, "0x%X", account.flags);
-    section.Add("Flags", flags);
-    section.Add("Home", account.home);
-    std::string groups;
-    for (const auto& group : account.groups) groups += (groups.empty() ? "" : ",") + group;
-    section.Add("Groups", groups);
-    section.Add("PasswordDigest", account.passwordDigest);
-    text.sections.push_back(section);
-  }
-  return text.Write(folder + "/" + kAccountsFile, "The local accounts of the machine.", error);
+  return WriteAccounts(folder + "/" + kAccountsFile, accounts, error);
 }
 
 std::string Machine::DriveFolder(char letter) const {
@@ -270,7 +207,7 @@ std::string Machine::Drives() const {
   return letters;
 }
 
-const Account* Machine::FindAccount(std::string_view name) const {
+const Account* FindByName(const std::vector<Account>& accounts, std::string_view name) {
   const std::string folded = FoldUtf8(name);
   for (const Account& account : accounts) {
     if (FoldUtf8(account.name) == folded) return &account;
@@ -278,7 +215,7 @@ const Account* Machine::FindAccount(std::string_view name) const {
   return nullptr;
 }
 
-const Account* Machine::FindSid(std::string_view sid) const {
+const Account* FindBySid(const std::vector<Account>& accounts, std::string_view sid) {
   const std::string folded = FoldUtf8(sid);
   for (const Account& account : accounts) {
     if (FoldUtf8(account.sid) == folded) return &account;

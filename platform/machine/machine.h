@@ -24,8 +24,16 @@ struct Account {
   uint32_t flags = 0x10200;  // UF_NORMAL_ACCOUNT | UF_DONT_EXPIRE_PASSWD
   std::string home;          // profile path of the account database; mostly empty
   std::vector<std::string> groups;
-  std::string passwordDigest;
+  std::string passwordDigest;  // of password_digest.h; empty: no password
 };
+
+constexpr uint32_t kAccountDisabled = 2;  // UF_ACCOUNTDISABLE, of `flags`
+
+constexpr const char* kAccountsFile = "accounts.ini";
+
+// Without regard to case; null if there is none.
+const Account* FindByName(const std::vector<Account>& accounts, std::string_view name);
+const Account* FindBySid(const std::vector<Account>& accounts, std::string_view sid);
 
 // A process of the machine beside this one, as machine.ini names it.
 struct ProcessSettings {
@@ -37,6 +45,7 @@ struct ProcessSettings {
 struct MachineSettings {
   std::string computerName = "NORVANE-PC";
   uint32_t major = 10, minor = 0, build = 19045;
+  bool HasOldLayout() const { return major < 6; }  // before Windows Vista
   char systemDrive = 'C';
   std::string consoleAccount;  // who sits at the console; empty: nobody
   std::string runAs;           // the account whose token this process has; empty: the console account
@@ -64,9 +73,9 @@ class Machine {
   // ever written.
   bool IsAttachedDrive(char letter) const;
   bool IsReadOnlyDrive(char letter) const;
-  std::string Drives() const;                               // letters in order
-  const Account* FindAccount(std::string_view name) const;  // without regard to case
-  const Account* FindSid(std::string_view sid) const;
+  std::string Drives() const;  // letters in order
+  const Account* FindAccount(std::string_view name) const { return FindByName(accounts, name); }
+  const Account* FindSid(std::string_view sid) const { return FindBySid(accounts, sid); }
   const Account* RunningAccount() const;  // null: the process has an administrator's rights all the same
 };
 

@@ -193,6 +193,8 @@ std::u16string Fold(std::u16string_view text) {
 
 std::string FoldUtf8(std::string_view text) { return ToUtf8(Fold(ToUtf16(text))); }
 
+bool SameText(std::string_view a, std::string_view b) { return FoldUtf8(a) == FoldUtf8(b); }
+
 bool SameName(std::u16string_view a, std::u16string_view b) {
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i) {

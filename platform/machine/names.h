@@ -31,6 +31,8 @@ inline char16_t FoldUnit(char16_t unit) {
 }
 std::u16string Fold(std::u16string_view text);
 std::string FoldUtf8(std::string_view text);
-bool SameName(std::u16string_view a, std::u16string_view b);  // without regard to case
+// Without regard to case.
+bool SameName(std::u16string_view a, std::u16string_view b);
+bool SameText(std::string_view a, std::string_view b);
 
 }  // namespace machine

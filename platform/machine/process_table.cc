@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "machine/call.h"
+#include "machine/accounts_file.h"
 #include "machine/machine.h"
 #include "machine/sessions.h"
 
@@ -48,6 +49,7 @@ void Fill(std::vector<std::shared_ptr<MachineProcess>>& processes) {
     processes.push_back(Make(id, settings.session, settings.image, settings.account));
     id += 4;
   }
+  const AccountsHold hold;
   const Account* account = here.RunningAccount();
   processes.push_back(Make(GetCurrentProcessId(), OwnSession(), here.settings.programPath,
                            account ? account->name : "SYSTEM"));

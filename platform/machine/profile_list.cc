@@ -1,9 +1,9 @@
 #include "machine/profile_list.h"
 
-#include "machine/create_machine.h"
 #include "machine/hive_store.h"
 #include "machine/machine.h"
 #include "machine/names.h"
+#include "machine/system_hives.h"
 
 namespace machine {
 namespace {
@@ -42,5 +42,25 @@ std::string ExpandFolder(std::string_view text, std::string_view profile) {
 std::string ProfileOf(std::string_view sid) { return ReadProfileList(sid, "ProfileImagePath"); }
 
 std::string ProfilesDirectory() { return ReadProfileList({}, "ProfilesDirectory"); }
+
+std::string DefaultProfile() {
+  if (!ThisMachine().settings.HasOldLayout()) return ReadProfileList({}, "Default");
+  return ProfilesDirectory() + "\\" + ReadProfileList({}, "DefaultUserProfile");
+}
+
+DWORD AddToProfileList(const std::string& sid, const std::string& profile) {
+  const std::lock_guard hold(RegistryLock());
+  std::shared_ptr<Hive> software;
+  if (const DWORD error = FindHive(HiveRoot::kLocalMachine, "SOFTWARE", software)) return error;
+  const Hive::Key list = software->Find(software->Root(), kProfileList);
+  if (list == 0) return ERROR_FILE_NOT_FOUND;
+  HivePlan plan;
+  plan.keys.push_back(ProfileListEntry(sid, profile));
+  if (const DWORD error = software->Add(list, plan)) return error;
+  const DWORD error = FlushHive(*software);
+  // What couldn't be written now isn't to be written later either: the caller takes the profile back.
+  if (error != ERROR_SUCCESS) software->DeleteChild(software->FindChild(list, sid));
+  return error;
+}
 
 }  // namespace machine

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "machine/accounts_file.h"
 #include "machine/machine.h"
 #include "machine/names.h"
 #include "machine/token.h"
@@ -13,8 +14,6 @@ constexpr size_t kDeepestPath = 512;  // levels of keys, as Windows has it
 constexpr const char* kOther32BitView = "Wow6432Node";
 constexpr REGSAM kWriteAccess =
     KEY_SET_VALUE | KEY_CREATE_SUB_KEY | KEY_CREATE_LINK | DELETE | WRITE_DAC | WRITE_OWNER;
-
-bool Same(std::string_view a, std::string_view b) { return FoldUtf8(a) == FoldUtf8(b); }
 
 DWORD SplitPath(const wchar_t* path, std::vector<std::string>& components) {
   const std::string text = ToUtf8(path);
@@ -39,6 +38,7 @@ bool TakePredefined(HKEY handle, RegistryKey& start, std::vector<std::string>& c
       break;
     case 0x80000001: {
       start.root = HiveRoot::kUsers;
+      const AccountsHold hold;
       const Account* account = ThisMachine().RunningAccount();
       head = {account ? account->sid : ".DEFAULT"};
       break;
@@ -61,12 +61,12 @@ bool TakePredefined(HKEY handle, RegistryKey& start, std::vector<std::string>& c
 int ViewsPartAt(const std::vector<std::string>& below) {
   if (below.empty()) return 0;
   for (const char* shared : {"Clients", "Policies", "RegisteredApplications"}) {
-    if (Same(below[0], shared)) return -1;
+    if (SameText(below[0], shared)) return -1;
   }
-  if (!Same(below[0], "Classes")) return 0;
+  if (!SameText(below[0], "Classes")) return 0;
   if (below.size() < 2) return -1;
   for (const char* apart : {"CLSID", "DirectShow", "Interface", "Media Type", "MediaFoundation"}) {
-    if (Same(below[1], apart)) return 1;
+    if (SameText(below[1], apart)) return 1;
   }
   return -1;
 }
@@ -76,7 +76,7 @@ void TurnView(const std::shared_ptr<Hive>& software, REGSAM view, std::vector<st
   const int place = ViewsPartAt(below);
   if (place < 0) return;
   const size_t at = static_cast<size_t>(place);
-  if (below.size() > at && Same(below[at], kOther32BitView)) return;
+  if (below.size() > at && SameText(below[at], kOther32BitView)) return;
   // A Windows of 32 bits has one view only.
   if (software->FindChild(software->Root(), kOther32BitView) == 0) return;
   below.insert(below.begin() + place, kOther32BitView);
@@ -84,7 +84,7 @@ void TurnView(const std::shared_ptr<Hive>& software, REGSAM view, std::vector<st
 
 // CurrentControlSet is a link that the system makes at its start.
 void TurnControlSet(const std::shared_ptr<Hive>& system, std::vector<std::string>& below) {
-  if (below.empty() || !Same(below[0], "CurrentControlSet")) return;
+  if (below.empty() || !SameText(below[0], "CurrentControlSet")) return;
   HiveValue value;
   const Hive::Key select = system->FindChild(system->Root(), "Select");
   unsigned number = 1;
@@ -135,9 +135,9 @@ DWORD WalkRegistry(HKEY handle, const wchar_t* path, REGSAM view, RegistryKey& f
   found.hiveName = rest[0];
   found.key = found.hive->Root();
   rest.erase(rest.begin());
-  if (found.root == HiveRoot::kLocalMachine && Same(found.hiveName, "SOFTWARE"))
+  if (found.root == HiveRoot::kLocalMachine && SameText(found.hiveName, "SOFTWARE"))
     TurnView(found.hive, view, rest);
-  if (found.root == HiveRoot::kLocalMachine && Same(found.hiveName, "SYSTEM"))
+  if (found.root == HiveRoot::kLocalMachine && SameText(found.hiveName, "SYSTEM"))
     TurnControlSet(found.hive, rest);
   WalkHive(found, rest);
   return ERROR_SUCCESS;
@@ -147,10 +147,10 @@ DWORD GrantAccess(const RegistryKey& key, REGSAM& access) {
   const auto token = ThreadToken();
   bool mayRead = true, mayWrite = token->IsAdministrator();
   if (key.root == HiveRoot::kUsers && !key.hiveName.empty()) {
-    const bool isOwn = Same(key.hiveName, TokenUserText(*token));
-    mayRead = mayWrite || isOwn || Same(key.hiveName, ".DEFAULT");
+    const bool isOwn = SameText(key.hiveName, TokenUserText(*token));
+    mayRead = mayWrite || isOwn || SameText(key.hiveName, ".DEFAULT");
     mayWrite = mayWrite || isOwn;
-  } else if (Same(key.hiveName, "SAM") || Same(key.hiveName, "SECURITY")) {
+  } else if (SameText(key.hiveName, "SAM") || SameText(key.hiveName, "SECURITY")) {
     mayRead = mayWrite = TokenUserText(*token) == "S-1-5-18";  // not even administrators
   }
   access &= ~static_cast<REGSAM>(kViewFlags);

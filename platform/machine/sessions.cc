@@ -4,7 +4,7 @@
 
 namespace machine {
 
-uint32_t ConsoleSession() { return ThisMachine().settings.major < 6 ? 0 : 1; }
+uint32_t ConsoleSession() { return ThisMachine().settings.HasOldLayout() ? 0 : 1; }
 
 uint32_t OwnSession() { return ThisMachine().settings.consoleAccount.empty() ? 0 : ConsoleSession(); }
 

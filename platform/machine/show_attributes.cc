@@ -1,6 +1,7 @@
 // The attributes of a file on the terminal.
 #include <windows.h>
 
+#include "machine/complaint.h"
 #include "machine/names.h"
 #include "machine/show_machine.h"
 #include "machine/text_output.h"
@@ -18,11 +19,6 @@ constexpr Letter kLetters[] = {
     {'H', FILE_ATTRIBUTE_HIDDEN, true},     {'R', FILE_ATTRIBUTE_READONLY, true},
     {'D', FILE_ATTRIBUTE_DIRECTORY, false}, {'L', FILE_ATTRIBUTE_REPARSE_POINT, false},
 };
-
-bool Complain(std::string* error, const std::string& text) {
-  if (error) *error = text;
-  return false;
-}
 
 // "+R", also with several letters: "+RH".
 bool Apply(const std::string& change, DWORD& attributes) {

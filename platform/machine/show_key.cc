@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "machine/account_names.h"
+#include "machine/complaint.h"
 #include "machine/machine.h"
 #include "machine/names.h"
 #include "machine/profile_list.h"
@@ -25,11 +26,6 @@ const Root kRoots[] = {
     {"HKCR", "HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},     {"HKU", "HKEY_USERS", HKEY_USERS},
     {"HKCC", "HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
 };
-
-bool Complain(std::string* error, const std::string& text) {
-  if (error) *error = text;
-  return false;
-}
 
 // Takes root and view from the front of the path.
 bool TakeRoot(std::string& path, HKEY& root, REGSAM& view) {

@@ -15,8 +15,6 @@
 namespace machine {
 namespace {
 
-constexpr uint32_t kDisabled = 2;  // UF_ACCOUNTDISABLE
-
 void ShowDrives(FILE* output) {
   const Machine& here = ThisMachine();
   fprintf(output, "\nDrives\n");
@@ -43,7 +41,7 @@ void ShowAccounts(FILE* output) {
     const bool isMissing = GetFileAttributesW(AsWide(ToUtf16(profile))) == INVALID_FILE_ATTRIBUTES &&
                            (GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND);
     fprintf(output, "  %s  %s%s  %s\n", Escaped(account.name).c_str(), AccountTypeName(account.type).c_str(),
-            (account.flags & kDisabled) ? ", disabled" : "", account.sid.c_str());
+            (account.flags & kAccountDisabled) ? ", disabled" : "", account.sid.c_str());
     if (!account.fullName.empty()) fprintf(output, "      %s\n", Escaped(account.fullName).c_str());
     fprintf(output, "      %s%s\n", Escaped(profile).c_str(),
             isMissing && profile != "no profile" ? " (missing)" : "");

@@ -47,15 +47,21 @@ void AddProfileList(const MachinePlan& plan, const std::vector<Account>& account
   system.Text("ProfileImagePath", "%systemroot%\\system32\\config\\systemprofile", REG_EXPAND_SZ);
   for (size_t i = 0; i < accounts.size(); ++i) {
     if (profiles[i].empty()) continue;
-    HivePlan& key = list.Key(accounts[i].sid);
-    key.Text("ProfileImagePath", profiles[i], REG_EXPAND_SZ);
-    key.Binary("Sid", SidBytes(accounts[i].sid));
-    key.Number("Flags", 0);
-    key.Number("State", 0);
+    list.keys.push_back(ProfileListEntry(accounts[i].sid, profiles[i]));
   }
 }
 
 }  // namespace
+
+HivePlan ProfileListEntry(const std::string& sid, const std::string& profile) {
+  HivePlan entry;
+  entry.name = sid;
+  entry.Text("ProfileImagePath", profile, REG_EXPAND_SZ);
+  entry.Binary("Sid", SidBytes(sid));
+  entry.Number("Flags", 0);
+  entry.Number("State", 0);
+  return entry;
+}
 
 HivePlan SoftwareHive(const MachinePlan& plan, const std::vector<Account>& accounts,
                       const std::vector<std::string>& profiles) {

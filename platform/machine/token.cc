@@ -4,6 +4,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "machine/accounts_file.h"
 #include "machine/current_token.h"
 #include "machine/machine.h"
 #include "machine/names.h"
@@ -82,6 +83,7 @@ std::shared_ptr<Token> Token::Duplicate() const {
 std::shared_ptr<Token> MakeToken(const std::string& name, uint32_t session) {
   auto token = std::make_shared<Token>();
   token->session = session;
+  const AccountsHold hold;
   const Account* account = ThisMachine().FindAccount(name);
   token->user = SidBytes(account ? account->sid : kSystemSid);
   AddGroup(*token, kEveryoneSid);

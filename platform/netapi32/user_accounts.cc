@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "machine/account_names.h"
+#include "machine/accounts_file.h"
 #include "machine/call.h"
 #include "machine/machine.h"
 #include "machine/names.h"
@@ -130,12 +132,6 @@ NET_API_STATUS Write(const std::vector<const Account*>& accounts, const Level& l
   return NERR_Success;
 }
 
-bool IsThisComputer(const wchar_t* server) {
-  std::string name = ToUtf8(server);
-  name.erase(0, name.find_first_not_of('\\'));
-  return name.empty() || FoldUtf8(name) == FoldUtf8(ThisMachine().settings.computerName);
-}
-
 }  // namespace
 
 NET_API_STATUS WINAPI NetUserEnum(const wchar_t* server, DWORD level, DWORD filter, BYTE** result,
@@ -148,6 +144,7 @@ NET_API_STATUS WINAPI NetUserEnum(const wchar_t* server, DWORD level, DWORD filt
   *count = *total = 0;
   if (!IsThisComputer(server)) return ERROR_BAD_NETPATH;
   if (level != 0 && level != 3) Unsupported("NetUserEnum", "this level");
+  const AccountsHold hold;
   std::vector<const Account*> accounts;
   for (const Account& account : ThisMachine().accounts) accounts.push_back(&account);
   const NET_API_STATUS status = Write(accounts, FindLevel("NetUserEnum", level), result);
@@ -160,6 +157,7 @@ NET_API_STATUS WINAPI NetUserGetInfo(const wchar_t* server, const wchar_t* name,
   if (!name || !result) return ERROR_INVALID_PARAMETER;
   *result = nullptr;
   if (!IsThisComputer(server)) return ERROR_BAD_NETPATH;
+  const AccountsHold hold;
   const Account* account = ThisMachine().FindAccount(ToUtf8(name));
   if (!account) return NERR_UserNotFound;
   return Write({account}, FindLevel("NetUserGetInfo", level), result);

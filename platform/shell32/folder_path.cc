@@ -39,8 +39,6 @@ constexpr AccountFolder kAccountFolders[] = {
     {CSIDL_LOCAL_APPDATA, "Local AppData", "AppData\\Local", "Local Settings\\Application Data"},
 };
 
-bool HasOldLayout() { return ThisMachine().settings.major < 6; }
-
 std::string SystemFolder(int id) {
   const std::string drive = SystemDriveText();
   switch (id) {
@@ -49,8 +47,9 @@ std::string SystemFolder(int id) {
     case CSIDL_SYSTEM:
       return WindowsFolder() + "\\system32";
     case CSIDL_COMMON_APPDATA:
-      return drive +
-             (HasOldLayout() ? "\\Documents and Settings\\All Users\\Application Data" : "\\ProgramData");
+      return drive + (ThisMachine().settings.HasOldLayout()
+                          ? "\\Documents and Settings\\All Users\\Application Data"
+                          : "\\ProgramData");
     case CSIDL_PROGRAM_FILES:  // of a 32-bit process
     case CSIDL_PROGRAM_FILESX86:
       return drive + "\\Program Files (x86)";
@@ -81,7 +80,9 @@ std::string FolderOfAccount(int id, const Token& token) {
   for (const AccountFolder& folder : kAccountFolders) {
     if (folder.id != id) continue;
     const std::string place = FolderOfHive(sid, profile, folder.name);
-    return !place.empty() ? place : profile + "\\" + (HasOldLayout() ? folder.oldPlace : folder.place);
+    return !place.empty()
+               ? place
+               : profile + "\\" + (ThisMachine().settings.HasOldLayout() ? folder.oldPlace : folder.place);
   }
   return {};
 }

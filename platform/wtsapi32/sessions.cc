@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "machine/call.h"
+#include "machine/accounts_file.h"
 #include "machine/machine.h"
 #include "machine/names.h"
 #include "machine/sessions.h"
@@ -29,6 +30,7 @@ BOOL WINAPI WTSQuerySessionInformationW(HANDLE server, DWORD session, WTS_INFO_C
   if (session == WTS_CURRENT_SESSION) session = OwnSession();
   if (session != 0 && session != ConsoleSession()) return Fail(ERROR_FILE_NOT_FOUND);
   // At the logon screen the name is there and empty.
+  const AccountsHold hold;
   const Account* account = ThisMachine().FindAccount(ThisMachine().settings.consoleAccount);
   const bool isConsole = session == ConsoleSession() && account;
   const std::u16string name = isConsole ? ToUtf16(account->name) : std::u16string();

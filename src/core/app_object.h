@@ -11,6 +11,7 @@
 #include "core/application_log.h"
 #include "foundation/ini_document.h"
 #include "foundation/wstring.h"
+#include "resources/version.h"
 #include "toolkit/busy_window.h"
 #include "toolkit/gui_event.h"
 #include "toolkit/gui_message.h"
@@ -21,7 +22,7 @@ class Image;
 }
 struct OperationContext;
 
-inline constexpr wchar_t kVersionText[] = L"3.0.2.0";
+inline constexpr wchar_t kVersionText[] = L"" NORVANE_VERSION_TEXT;
 inline constexpr wchar_t kLogFileName[] = L"\\Norvane.log";
 inline constexpr wchar_t kSettingsFileName[] = L"\\Norvane.ini";
 
@@ -89,4 +90,6 @@ class AppObject {
 
   // Workers; each runs on its own thread. Result: the number of phases that gave true, -1 if stopped.
   int32_t RunBackupWorker(OperationContext& context);
+  int32_t RunRestoreWorker(OperationContext& context);
+  int32_t RunCopyMoveWorker(OperationContext& context);
 };

@@ -211,3 +211,7 @@ uint32_t ForceDelete(const wchar_t* path, uint32_t flags) {
   // A pattern without a folder would mean the root of whichever drive is the current one.
   return stripped.IsEmpty() ? kDeleteFailed : DeletePattern(stripped, name, flags);
 }
+
+bool TakeOverFile(const wchar_t* path) {
+  return Deletion(kDeleteTakeOwnership, false).GiveRights(path, kAclProtected);
+}

@@ -16,6 +16,10 @@ enum : uint32_t {
   kDeleteDelayed = 2,
 };
 
+// Gives a file the rights and the owner that kDeleteTakeOwnership gives, so that it can be replaced. Never
+// follows a link. False if they couldn't be prepared; whether they help, the next call tells.
+bool TakeOverFile(const wchar_t* path);
+
 // Deletes a file, a directory with all it holds, or with "*" or "?" in its last component what matches
 // there, by long or short name, and in matching subdirectories in turn. A path without a backslash,
 // such as a bare drive, is left alone. A link goes as the link that it is: what it leads to is never

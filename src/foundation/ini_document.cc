@@ -32,6 +32,12 @@ bool BeginsWith(const wchar_t* row, const wchar_t* name) {
   return true;
 }
 
+WString Trimmed(const wchar_t* key) {
+  WString trimmed(key);
+  trimmed.Trim(kTrimLeading | kTrimTrailing);
+  return trimmed;
+}
+
 }  // namespace
 
 IniDocument::IniDocument() : saveOnDestroy(false), sectionPattern(nullptr) {
@@ -83,14 +89,14 @@ bool IniDocument::Load(const wchar_t* filePath, bool saveFirst) {
 const wchar_t* IniDocument::BuildText() {
   int64_t units = 0;
   for (uint32_t row = 0; row < lines.count; ++row) {
-    if (!lines[row].IsEmpty()) units += lines[row].Length() + 2;
+    if (!Row(row).IsEmpty()) units += Row(row).Length() + 2;
   }
   wchar_t* text = AllocateUnits(units);
   wchar_t* end = text;
   for (uint32_t row = 0; row < lines.count; ++row) {
-    if (lines[row].IsEmpty()) continue;
-    const int32_t length = lines[row].Length();
-    memcpy(end, lines[row].buffer, static_cast<size_t>(length) * sizeof(wchar_t));
+    if (Row(row).IsEmpty()) continue;
+    const int32_t length = Row(row).Length();
+    memcpy(end, Row(row).buffer, static_cast<size_t>(length) * sizeof(wchar_t));
     end += length;
     *end++ = L'\r';
     *end++ = L'\n';
@@ -120,29 +126,41 @@ void IniDocument::FindSection(const wchar_t* section, uint32_t& first, uint32_t&
   first = 0;
   end = 0;
   if (!HasText(section)) return;
+  if (const IniSection* known = index_.Find(lines, section)) {
+    first = known->first;
+    end = known->end;
+    return;
+  }
   scratch.Concat(L"[", section, L"]");
   const wchar_t* const inBrackets = scratch.CStr() + 1;
   uint32_t row = 0;
   for (; row < lines.count; ++row) {
-    const wchar_t* const line = lines[row].buffer;
+    const wchar_t* const line = Row(row).buffer;
     if (line != nullptr && line[0] == L'[' && BeginsWith(line + 1, inBrackets)) break;
   }
-  if (row == lines.count) return;
-  first = row + 1;
-  end = first;
-  while (end < lines.count && !IsSectionLine(lines[end])) ++end;
+  if (row < lines.count) {
+    first = row + 1;
+    end = first;
+    while (end < lines.count && !IsSectionLine(Row(end))) ++end;
+  }
+  index_.Remember(lines, section, first, end);
 }
 
 // `key` is trimmed. The row of the first match, or `end` with `found` false.
-uint32_t IniDocument::FindKeyRow(const wchar_t* key, uint32_t first, uint32_t end, bool& found) {
-  WString trimmed(key);
-  trimmed.Trim(kTrimLeading | kTrimTrailing);
+uint32_t IniDocument::FindKeyRow(const wchar_t* section, const WString& key, uint32_t first, uint32_t end,
+                                 bool& found) {
   found = false;
-  if (trimmed.IsEmpty() || trimmed.buffer[0] == L'[') return end;
-  const int32_t length = trimmed.Length();
+  if (key.IsEmpty() || key.buffer[0] == L'[') return end;
+  IniSection* const known = index_.Find(lines, section);
+  uint32_t indexed = end;
+  if (known != nullptr && index_.FindKey(lines, *known, key, indexed)) {
+    found = indexed != end;
+    return indexed;
+  }
+  const int32_t length = key.Length();
   for (uint32_t row = first; row < end; ++row) {
-    const wchar_t* line = lines[row].buffer;
-    if (line == nullptr || !BeginsWith(line, trimmed.buffer)) continue;
+    const wchar_t* line = Row(row).buffer;
+    if (line == nullptr || !BeginsWith(line, key.buffer)) continue;
     line += length;
     while (IsBlank(*line)) ++line;
     if (*line != L'=') continue;
@@ -158,9 +176,9 @@ const wchar_t* IniDocument::GetValue(const wchar_t* section, const wchar_t* key,
   FindSection(section, first, end);
   if (first == 0) return fallback;
   bool found;
-  const uint32_t row = FindKeyRow(key, first, end, found);
+  const uint32_t row = FindKeyRow(section, Trimmed(key), first, end, found);
   if (!found) return fallback;
-  const wchar_t* value = lines[row].buffer;
+  const wchar_t* value = Row(row).buffer;
   while (*value != L'=') ++value;
   ++value;
   while (IsBlank(*value)) ++value;
@@ -184,13 +202,17 @@ uint32_t IniDocument::SetValue(const wchar_t* section, const wchar_t* key, const
     lines.Add(line.CStr());
     return lines.count - 1;  // the old number of rows + 1
   }
+  const WString trimmed = Trimmed(key);
   bool found;
-  const uint32_t row = FindKeyRow(key, first, end, found);
+  const uint32_t row = FindKeyRow(section, trimmed, first, end, found);
+  IniSection* const known = index_.Find(lines, section);
   if (found) {
     lines[row] = std::move(line);
+    if (known != nullptr) index_.RowReplaced(lines, *known, trimmed == key);
     return row + 1;
   }
   lines.Insert(end, line.CStr());
+  if (known != nullptr) index_.RowInserted(lines, *known);
   return end;
 }
 
@@ -200,7 +222,7 @@ uint32_t IniDocument::DeleteKey(const wchar_t* section, const wchar_t* key) {
   FindSection(section, first, end);
   if (first == 0) return 2;
   bool found;
-  const uint32_t row = FindKeyRow(key, first, end, found);
+  const uint32_t row = FindKeyRow(section, Trimmed(key), first, end, found);
   if (!found) return 2;
   lines.Remove(row);
   return 1;
@@ -215,7 +237,7 @@ void IniDocument::RemoveSection(const wchar_t* section) {
 uint32_t IniDocument::NextKeyLine(uint32_t start, uint32_t end) {
   if (end == 0 || end > lines.count) end = lines.count;
   for (uint32_t row = start; row < end; ++row) {
-    const WString& line = lines[row];
+    const WString& line = Row(row);
     if (IsSectionLine(line)) return 0;
     const wchar_t* const units = line.buffer;
     if (units == nullptr || units[0] == 0 || units[1] == 0 || units[2] == 0) continue;
@@ -227,7 +249,7 @@ uint32_t IniDocument::NextKeyLine(uint32_t start, uint32_t end) {
 
 bool IniDocument::ParseKeyLine(uint32_t line, WString& key, WString& value) {
   if (line == 0 || line > lines.count) return false;
-  const WString& row = lines[line - 1];
+  const WString& row = Row(line - 1);
   const wchar_t* const sign = EqualsSign(row);
   if (sign == nullptr) return false;
   key.AssignMid(row.buffer, 1, static_cast<int32_t>(sign - row.buffer));

@@ -3,6 +3,7 @@
 // An INI file held in memory as a list of lines, which keeps comments, unknown lines and order. It is
 // the program's own parser: the settings file and every backup info file go through it.
 #pragma once
+#include "foundation/ini_index.h"
 #include "foundation/wstring.h"
 #include "foundation/wstring_array.h"
 
@@ -54,6 +55,9 @@ class IniDocument {
   bool ParseKeyLine(uint32_t line, WString& key, WString& value);
 
  private:
+  const WString& Row(uint32_t row) const { return lines[row]; }
   bool IsSectionLine(const WString& row) const;
-  uint32_t FindKeyRow(const wchar_t* key, uint32_t first, uint32_t end, bool& found);
+  uint32_t FindKeyRow(const wchar_t* section, const WString& key, uint32_t first, uint32_t end, bool& found);
+
+  IniIndex index_;  // of `lines`
 };

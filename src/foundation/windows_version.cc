@@ -30,8 +30,8 @@ bool SystemIs(DWORD field, DWORD value, BYTE condition) {
 double GetWindowsVersion() {
   OSVERSIONINFOEXW told = {};
   told.dwOSVersionInfoSize = sizeof(told);
-  const auto getVersion = KernelFunction<BOOL(WINAPI*)(OSVERSIONINFOEXW*)>("GetVersionExW");
-  if (getVersion != nullptr && getVersion(&told)) {
+  const auto getVersion = KernelFunction<BOOL(WINAPI*)(OSVERSIONINFOW*)>("GetVersionExW");
+  if (getVersion != nullptr && getVersion(reinterpret_cast<OSVERSIONINFOW*>(&told))) {
     const double version = Version(told.dwMajorVersion, told.dwMinorVersion);
     if (version > 0 && version <= 6.2) return version;
   }

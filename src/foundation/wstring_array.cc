@@ -16,11 +16,12 @@ void MoveRows(WString* to, WString* from, uint32_t rows) {
 
 }  // namespace
 
-WStringArray::WStringArray() : count(0), capacity(0), items(nullptr) {}
+WStringArray::WStringArray() : count(0), capacity(0), items(nullptr), changes(0) {}
 
 WStringArray::~WStringArray() { Clear(); }
 
 void WStringArray::Resize(uint32_t newCount, uint32_t capacityHint) {
+  ++changes;
   const uint32_t room = newCount > capacityHint ? newCount : capacityHint;
   if (room > capacity) {
     const uint64_t bytes = static_cast<uint64_t>(room) * sizeof(WString);
@@ -36,6 +37,7 @@ void WStringArray::Resize(uint32_t newCount, uint32_t capacityHint) {
 }
 
 void WStringArray::Add(const wchar_t* text) {
+  ++changes;
   WString row(text);
   if (count == capacity) Resize(count, capacity == 0 ? 1 : capacity * 2);
   items[count++] = std::move(row);
@@ -53,6 +55,7 @@ void WStringArray::Insert(uint32_t row, const wchar_t* text) {
 
 void WStringArray::Remove(uint32_t row, uint32_t rows) {
   if (row >= count) return;
+  ++changes;
   if (rows > count - row) rows = count - row;
   for (uint32_t gone = row; gone < row + rows; ++gone) items[gone].Clear();
   MoveRows(items + row, items + row + rows, count - row - rows);
@@ -61,6 +64,7 @@ void WStringArray::Remove(uint32_t row, uint32_t rows) {
 }
 
 void WStringArray::Clear() {
+  ++changes;
   for (uint32_t row = 0; row < capacity; ++row) items[row].~WString();
   free(static_cast<void*>(items));
   items = nullptr;

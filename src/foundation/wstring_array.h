@@ -9,6 +9,8 @@ class WStringArray {
   uint32_t count;     // rows in use
   uint32_t capacity;  // rows allocated
   WString* items;     // owned
+  uint32_t changes;   // grows with each operation that changes rows or could: whoever keeps what it has
+                      // found in them sees that it must look again
 
   WStringArray();
   WStringArray(const WStringArray&) = delete;
@@ -23,6 +25,9 @@ class WStringArray {
   void Remove(uint32_t row, uint32_t rows = 1);    // rows behind them move up
   void Clear();                                    // no rows and no room
 
-  WString& operator[](uint32_t row) { return items[row]; }
+  WString& operator[](uint32_t row) {
+    ++changes;
+    return items[row];
+  }
   const WString& operator[](uint32_t row) const { return items[row]; }
 };

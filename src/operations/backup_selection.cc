@@ -1,29 +1,12 @@
 #include "operations/backup_selection.h"
 
 #include "foundation/file_object.h"
+#include "operations/document_keys.h"
 #include "users/account_facts.h"
 
 namespace {
 
 constexpr int32_t kShortestExtraFolder = 4;  // rows up to the root of a drive don't count
-
-// Calls `visit(key, value)` for each key of a section, in file order.
-template <typename Visit>
-void VisitKeys(IniDocument& document, const wchar_t* section, Visit visit) {
-  uint32_t first = 0, end = 0;
-  document.FindSection(section, first, end);
-  if (first == 0) return;
-  WString key, value;
-  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
-    if (document.ParseKeyLine(line, key, value)) visit(key, value);
-  }
-}
-
-void SetNumber(IniDocument& document, const wchar_t* key, uint32_t number) {
-  WString text;
-  text.FromUInt32(number);
-  document.SetValue(kSettingsSection, key, text.CStr());
-}
 
 // Level, bar, display name. False if the database doesn't know the account.
 bool DescribeUser(const wchar_t* name, WString& value) {

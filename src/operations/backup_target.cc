@@ -36,6 +36,7 @@ void StripTrailingDotsAndBlanks(WString& name) {
 }  // namespace
 
 WString DefaultBackupName(const wchar_t* computerName, const wchar_t* consoleUserName) {
+  if (!consoleUserName || !*consoleUserName) return WString(computerName);
   WString name;
   name.Concat(computerName, L" (", consoleUserName, L")");
   return name;

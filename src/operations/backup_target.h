@@ -4,7 +4,7 @@
 #pragma once
 #include "foundation/wstring.h"
 
-// "COMPUTER (user)".
+// "COMPUTER (user)", or "COMPUTER" where nobody sits at the console, as in a rescue.
 WString DefaultBackupName(const wchar_t* computerName, const wchar_t* consoleUserName);
 
 // The name without \ / : * ? " < > | and without what Windows drops from the end of a name (dots and

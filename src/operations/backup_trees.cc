@@ -14,51 +14,31 @@ namespace {
 
 constexpr double kFirstNewLayout = 5.9;  // Windows Vista and later
 
-void AddTree(UserTrees& user, const WString& source, const WString& target, uint32_t bit, bool fast) {
-  BackupTree tree;
-  tree.source = source;
-  tree.target = target;
-  tree.bit = bit;
-  tree.fast = fast;
-  user.trees.push_back(tree);
-}
-
 // An empty or a relative path in the registry, or one with a variable that only the account has, names
 // no folder.
 bool FindFolder(const UserTrees& user, const wchar_t* logicalName, WString& source) {
   return GetUserFolder(user.sid.CStr(), logicalName, source, user.profile.CStr()) && IsAbsolutePath(source);
 }
 
-// Application data, and behind it the folders that the fast copy leaves out with everything called
-// "Windows" at its second level.
-void AddApplicationData(UserTrees& user, const wchar_t* logicalName, const wchar_t* setFolder,
-                        std::initializer_list<const wchar_t*> leaves) {
-  WString source;
-  if (!FindFolder(user, logicalName, source)) {
-    user.notFound.Add(logicalName);
-    return;
-  }
-  WString target;
-  target.Concat(user.target.CStr(), L"\\", setFolder);
-  AddTree(user, source, target, kMaskAppData, true);
-  source.StripTrailingBackslashes();
-  for (const wchar_t* leaf : leaves) {
-    WString innerSource, innerTarget;
-    innerSource.Concat(source.CStr(), L"\\Microsoft\\Windows\\", leaf);
-    innerTarget.Concat(target.CStr(), L"\\Microsoft\\Windows\\", leaf);
-    AddTree(user, innerSource, innerTarget, kMaskAppData, true);
+void AddFolder(UserTrees& user, const FolderRow& row) {
+  RunTree tree;
+  tree.bit = row.bit;
+  if (FindFolder(user, row.logicalName, tree.source)) {
+    tree.target = PathBelow(user.target, row.setFolder);
+    user.trees.push_back(tree);
+  } else {
+    user.notFound.Add(row.text);
   }
 }
 
-void AddFolder(UserTrees& user, const FolderRow& row) {
-  WString source;
-  if (!FindFolder(user, row.logicalName, source)) {
-    user.notFound.Add(row.text);
-    return;
+void AddData(UserTrees& user, const wchar_t* logicalName, const wchar_t* setFolder, ApplicationData part) {
+  RunTree tree;
+  if (FindFolder(user, logicalName, tree.source)) {
+    tree.target = PathBelow(user.target, setFolder);
+    AddApplicationData(user.trees, tree, part);
+  } else {
+    user.notFound.Add(logicalName);
   }
-  WString target;
-  target.Concat(user.target.CStr(), L"\\", row.setFolder);
-  AddTree(user, source, target, row.bit, false);
 }
 
 WString LeafBetweenBars(WString path) {
@@ -76,8 +56,8 @@ bool ListUserTrees(const wchar_t* name, const wchar_t* setFolder, uint32_t mask,
   user.target = UserFolderInSet(setFolder, name);
   if (!GetAccountSidAndProfile(name, user.sid, &user.profile)) return false;
   if (mask & kMaskAppData) {
-    AddApplicationData(user, kFolderAppData, kAppDataFolder, {L"Themes", L"SendTo", L"Account Pictures"});
-    AddApplicationData(user, kFolderLocalAppData, kLocalAppDataFolder, {L"Themes"});
+    AddData(user, kFolderAppData, kAppDataFolder, ApplicationData::kRoaming);
+    AddData(user, kFolderLocalAppData, kLocalAppDataFolder, ApplicationData::kLocal);
   }
   // Before Windows Vista, Downloads lies in Documents and would be copied twice.
   bool downloadsInDocuments = windowsVersion <= kFirstNewLayout && (mask & kMaskDocuments);
@@ -87,8 +67,12 @@ bool ListUserTrees(const wchar_t* name, const wchar_t* setFolder, uint32_t mask,
     AddFolder(user, row);
   }
   if (mask & kMaskOther) {
-    AddTree(user, user.profile, user.target, kMaskOther, false);
-    user.trees.back().otherFolders = true;
+    RunTree others;
+    others.source = user.profile;
+    others.target = user.target;
+    others.bit = kMaskOther;
+    others.otherFolders = true;
+    user.trees.push_back(others);
   }
   return true;
 }
@@ -110,15 +94,9 @@ WString OtherFolderExclusions(const wchar_t* consoleSid, const wchar_t* consoleP
   return list;
 }
 
-bool IsExcludedFolder(const WString& exclusions, const wchar_t* name) {
-  WString item;
-  item.Concat(L"|", name, L"|");
-  return exclusions.Find(item.CStr(), false) != 0;
-}
-
-std::vector<BackupTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
+std::vector<RunTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
                                         double windowsVersion) {
-  std::vector<BackupTree> trees;
+  std::vector<RunTree> trees;
   for (uint32_t row = 0; row < selection.users.count; row++) {
     if (!selection.IsUserTicked(row) || !(selection.folderMask & kMaskAll)) continue;
     UserTrees user;
@@ -131,7 +109,7 @@ std::vector<BackupTree> ListBackupTrees(const BackupSelection& selection, const 
     WString name;
     const WString& path = selection.extraFolders[row];
     if (!selection.IsExtraTicked(row) || !Md5Name(path.CStr(), name)) continue;
-    BackupTree tree;
+    RunTree tree;
     tree.source = path;
     tree.target = ExtraFolderInSet(setFolder, name.CStr());
     trees.push_back(tree);

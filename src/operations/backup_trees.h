@@ -7,20 +7,13 @@
 
 #include "foundation/wstring_array.h"
 #include "operations/backup_selection.h"
-
-struct BackupTree {
-  WString source;
-  WString target;
-  bool fast = false;          // application data
-  bool otherFolders = false;  // not the source itself, but each of its other folders by its name
-  uint32_t bit = 0;           // of the folder mask; 0 for an extra folder
-};
+#include "operations/run_tree.h"
 
 // The trees of one account.
 struct UserTrees {
   WString sid, profile;
   WString target;  // <set>\Users\<name>
-  std::vector<BackupTree> trees;
+  std::vector<RunTree> trees;
   WStringArray notFound;  // names of the folders whose place isn't known
 };
 
@@ -33,10 +26,7 @@ bool ListUserTrees(const wchar_t* name, const wchar_t* setFolder, uint32_t mask,
 // the folders of the account that the program runs as, and the console user's Downloads.
 WString OtherFolderExclusions(const wchar_t* consoleSid, const wchar_t* consoleProfile);
 
-// Whether the folder `name` of a profile is named in such a list.
-bool IsExcludedFolder(const WString& exclusions, const wchar_t* name);
-
 // All trees of a run: the ticked accounts, then the ticked extra folders. Accounts that can't be found
 // are passed over.
-std::vector<BackupTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
+std::vector<RunTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
                                         double windowsVersion);

@@ -4,6 +4,8 @@
 #pragma once
 #include <windows.h>
 
+#include <cstdint>
+
 enum class Placement {
   kPlaced,    // on a free place
   kReplaced,  // over an older file
@@ -11,6 +13,12 @@ enum class Placement {
   kFailed,    // the rename failed for another reason
 };
 
-// Renames `temporary` to `target`. A read-only file gives way; a directory or a link doesn't. With
-// `targetExists` the look whether the place is free is saved. `error` is the reason of a failure.
-Placement PutInPlace(const wchar_t* temporary, const wchar_t* target, bool targetExists, DWORD& error);
+// Renames `temporary` to `target`. A read-only file gives way, also one that denies its rights or that
+// others hold and let be deleted; a directory or a link doesn't. Whatever fails, the old file isn't
+// deleted before the new one stands in its place. With `targetExists` the look whether the place is free
+// is saved. `error` is the reason of a failure.
+//
+// A file that somebody has open for a moment is waited for, some hundred milliseconds at most. `patience`
+// is how many milliseconds the run may still spend on waiting in vain; it goes down.
+Placement PutInPlace(const wchar_t* temporary, const wchar_t* target, bool targetExists, uint32_t& patience,
+                     DWORD& error);

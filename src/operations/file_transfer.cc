@@ -138,7 +138,7 @@ void PlaceFile(FileInHand& file, OperationContext& context, bool targetExists, i
   DWORD error = ERROR_CANT_ACCESS_FILE;
   Placement placement = Placement::kRefused;
   if (file.IsTargetFolderIntact()) {
-    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), targetExists, error);
+    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), targetExists, context.patience, error);
   }
   if (placement == Placement::kRefused || placement == Placement::kFailed) {
     RemoveTemporary(file.temporary.CStr());

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "foundation/directory_enumerator.h"
 #include "foundation/unique_handle.h"
 #include "operations/path_queries.h"
 
@@ -61,6 +62,17 @@ WString ChooseInfoFile(const wchar_t* setFolder) {
 
 WString ChooseCustomRootInfoFile(const wchar_t* root) {
   return FirstOf(root, kInfoFileGrxsv, kInfoFileNvsav);
+}
+
+WString FindScannedInfoFile(const wchar_t* root) {
+  for (const wchar_t* pattern : {L"*.grxsv", L"*.nvsav"}) {
+    DirectoryEnumerator files;
+    WString path = InFolder(root, pattern);
+    if (files.First(path.AddLongPathPrefix().CStr(), kSkipReparsePoints | kSkipDirectories)) {
+      return InFolder(root, files.data.cFileName);
+    }
+  }
+  return WString();
 }
 
 WString FindInfoFile(const wchar_t* set) {

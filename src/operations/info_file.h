@@ -15,6 +15,11 @@ WString ChooseInfoFile(const wchar_t* setFolder);
 // The info file of a custom root: the other order, BackupInfo.grxsv first, otherwise BackupInfo.nvsav.
 WString ChooseCustomRootInfoFile(const wchar_t* root);
 
+// The info file that an earlier run left in a custom root: the first file of the folder that ends in
+// ".grxsv", otherwise the first that ends in ".nvsav", whatever its name. Empty if there is none. Links
+// don't count.
+WString FindScannedInfoFile(const wchar_t* root);
+
 // The info file of the set that a person names by its folder or by the file itself. Empty if there is
 // none.
 WString FindInfoFile(const wchar_t* set);

@@ -29,7 +29,9 @@ OperationContext::OperationContext()
       bytesCopied(0),
       outcome(OperationOutcome::kNotStarted),
       targetFull(false),
+      patience(kPatience),
       logFailed(false),
+      administrators(nullptr),
       observer(nullptr) {}
 
 OperationContext::~OperationContext() { delete[] copyBuffer; }

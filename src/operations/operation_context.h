@@ -11,6 +11,7 @@
 
 #include "foundation/file_object.h"
 #include "foundation/ini_document.h"
+#include "foundation/wstring_array.h"
 
 class AppObject;
 struct OperationContext;
@@ -31,11 +32,16 @@ enum class OperationOutcome : int32_t { kNotStarted, kStopped, kFailures, kCompl
 
 enum : uint32_t { kCopyBufferSize = 0x200000 };
 
+// A run into a folder with thousands of files in use may not take minutes for them.
+enum : uint32_t { kPatience = 10000 };
+
 // Told on the worker's thread, between two files. Null members are passed over.
 struct OperationObserver {
   void* owner = nullptr;  // handed back to the functions
   void (*phaseBegins)(void* owner, const wchar_t* source, const wchar_t* target) = nullptr;
   void (*copyingBegins)(void* owner, int64_t items, int64_t bytes) = nullptr;  // counting has ended
+  // What the system has held back goes to the target's disk now, which may take minutes.
+  void (*flushBegins)(void* owner) = nullptr;
   // `text` is the log's line, `error` the system's code, 0 where there is none.
   void (*itemFailed)(void* owner, const wchar_t* text, uint32_t error) = nullptr;
   void (*ended)(void* owner, OperationOutcome outcome) = nullptr;
@@ -67,7 +73,11 @@ struct OperationContext {
   std::atomic<int64_t> bytesCopied;   // of the whole operation
   OperationOutcome outcome;           // set by the worker as its last act
   bool targetFull;                    // the target's disk was full at least once
+  uint32_t patience;                  // milliseconds left for waiting in vain for files in use
   bool logFailed;                     // at least one line couldn't be written to the log
+  WStringArray createdAccounts;       // those that a restore has made; they have no password
+  // Accounts of the source that a restore may make administrators, because a person said so. Null: none.
+  const WStringArray* administrators;
   const OperationObserver* observer;  // null in screens
 
   OperationContext();
@@ -79,3 +89,5 @@ struct OperationContext {
 // Start routines of CreateThread with the record as parameter. A null record or a record without an
 // `app` gives 0 and does nothing. The starter doesn't read the exit code.
 DWORD WINAPI BackupEntry(void* context);
+DWORD WINAPI RestoreEntry(void* context);  // for both kinds of restore
+DWORD WINAPI CopyMoveEntry(void* context);

@@ -66,6 +66,18 @@ void AddFailures(ResultText& text, const OperationContext& context) {
   if (context.targetFull) text.Add(L"The disk that was written to is full.");
 }
 
+void AddCreatedAccounts(ResultText& text, const OperationContext& context) {
+  const WStringArray& accounts = context.createdAccounts;
+  if (accounts.count == 0) return;
+  WString part(accounts.count == 1 ? L"The account " : L"The accounts ");
+  for (uint32_t i = 0; i < accounts.count; i++) {
+    if (i > 0) part.Append(L", ");
+    part.Append(L"\"").Append(accounts[i].CStr()).Append(L"\"");
+  }
+  part.Append(accounts.count == 1 ? L" was" : L" were");
+  text.Add(part.Append(L" created without a password."));
+}
+
 }  // namespace
 
 WString OperationResultText(const OperationSubject& subject, const OperationContext& context, TextForm form) {
@@ -75,6 +87,7 @@ WString OperationResultText(const OperationSubject& subject, const OperationCont
   text.Add(Head(subject, isSuccess));
   if (outcome == OperationOutcome::kStopped) text.Add(L"The operation was cancelled.");
   if (outcome == OperationOutcome::kNotStarted) text.Add(L"The operation could not be started.");
+  AddCreatedAccounts(text, context);
   if (!isSuccess) return text.Text();
   AddFailures(text, context);
   int64_t links = context.linksSkipped;

@@ -12,6 +12,8 @@ int32_t LengthWithoutBackslashes(const WString& path) {
 
 DWORD PathAttributes(const wchar_t* path) {
   WString name(path);
+  // "\\?\D:" alone would be the volume, not its root folder.
+  if (name.Length() == 2 && name.buffer[1] == L':') name.Append(L"\\");
   return GetFileAttributesW(name.AddLongPathPrefix().CStr());
 }
 
@@ -53,4 +55,17 @@ bool IsSameOrInside(const WString& inner, const WString& outer) {
   if (inner.buffer[length] != 0 && inner.buffer[length] != L'\\') return false;
   // Names are compared as the file system does, beyond the letters A to Z.
   return CompareStringOrdinal(inner.buffer, length, outer.buffer, length, TRUE) == CSTR_EQUAL;
+}
+
+WString PathBelow(const WString& folder, const wchar_t* relative) {
+  WString path(folder);
+  path.StripTrailingBackslashes();
+  path.Append(L"\\").Append(relative);
+  return path;
+}
+
+bool IsNameInBars(const WString& list, const wchar_t* name) {
+  WString item;
+  item.Concat(L"|", name, L"|");
+  return list.Find(item.CStr(), false) != 0;
 }

@@ -6,7 +6,8 @@
 
 #include "foundation/wstring.h"
 
-DWORD PathAttributes(const wchar_t* path);  // INVALID_FILE_ATTRIBUTES with the reason as the last error
+// INVALID_FILE_ATTRIBUTES with the reason as the last error. "D:" is the root of the drive.
+DWORD PathAttributes(const wchar_t* path);
 bool IsFilePath(const wchar_t* path);
 bool IsFolderPath(const wchar_t* path);   // also through a junction or a link
 bool IsMissingPath(const wchar_t* path);  // surely not there; false if that can't be found out
@@ -18,6 +19,12 @@ bool IsAbsolutePath(const WString& path);
 // only dots and blanks, which lead to the folder itself or to the one above. Names from an info file are
 // asked, since the file may be a stranger's.
 bool IsPlainName(const WString& name);
+
+// <folder>\<relative>, also for a folder with a backslash at its end, such as the root of a drive.
+WString PathBelow(const WString& folder, const wchar_t* relative);
+
+// Whether `name` is one of those that stand in `list`, each between bars, without regard to case.
+bool IsNameInBars(const WString& list, const wchar_t* name);
 
 // Whether `inner` is `outer` or lies in it, by whole components, without regard to case and to
 // backslashes at the end. Only the texts are compared. An empty text lies nowhere and holds nothing.

@@ -13,11 +13,12 @@ WString FinalPath(HANDLE handle) {
   // A volume without a letter has only its other name.
   for (DWORD form : {DWORD{VOLUME_NAME_DOS}, DWORD{VOLUME_NAME_GUID}}) {
     DWORD room = GetFinalPathNameByHandleW(handle, nullptr, 0, form);
+    if (room == 0 && GetLastError() != ERROR_PATH_NOT_FOUND) break;
     if (room == 0) continue;
     WString path;
     wchar_t* buffer = path.Reserve(static_cast<int32_t>(room), nullptr, true);
     DWORD used = GetFinalPathNameByHandleW(handle, buffer, room + 1, form);
-    if (used != 0 && used <= room) return path;
+    return used != 0 && used <= room ? path : WString();
   }
   return WString();
 }
@@ -63,11 +64,11 @@ WString ResolveRealPath(const wchar_t* path) {
   return whole;
 }
 
-bool FindOverlap(const std::vector<BackupTree>& trees, WString& source, WString& target) {
+bool FindOverlap(const std::vector<RunTree>& trees, WString& source, WString& target) {
   std::vector<WString> targets;
   targets.reserve(trees.size());
-  for (const BackupTree& tree : trees) targets.push_back(ResolveRealPath(tree.target.CStr()));
-  for (const BackupTree& tree : trees) {
+  for (const RunTree& tree : trees) targets.push_back(ResolveRealPath(tree.target.CStr()));
+  for (const RunTree& tree : trees) {
     WString real = ResolveRealPath(tree.source.CStr());
     for (size_t i = 0; i < trees.size(); i++) {
       if (!IsSameOrInside(real, targets[i]) && !IsSameOrInside(targets[i], real)) continue;
@@ -79,10 +80,26 @@ bool FindOverlap(const std::vector<BackupTree>& trees, WString& source, WString&
   return false;
 }
 
-WString OverlapSentence(const wchar_t* source, const wchar_t* target) {
+WString OverlapSentence(OperationKind kind, const wchar_t* source, const wchar_t* target) {
+  const wchar_t* writer = nullptr;
+  const wchar_t* wayOut = nullptr;
+  switch (kind) {
+    case kBackupOperation:
+      writer = L"this backup";
+      wayOut = L"Choose another folder for the backup, or leave that folder out.";
+      break;
+    case kRestoreOperation:
+    case kRestoreFromOperation:
+      writer = L"this restore";
+      wayOut = L"Choose another account or another place for it, or leave that folder out.";
+      break;
+    case kCopyMoveOperation:
+      writer = L"this copy";
+      wayOut = L"Choose another folder.";
+      break;
+  }
   WString sentence;
-  sentence.Concat(L"The folder \"", source, L"\" and the place \"", target,
-                  L"\" that this backup writes to are the same or lie one inside the other. Choose another "
-                  L"folder for the backup, or leave that folder out.");
+  sentence.Concat(L"The folder \"", source, L"\" and the place \"", target, L"\" that ", writer,
+                  L" writes to are the same or lie one inside the other. ", wayOut);
   return sentence;
 }

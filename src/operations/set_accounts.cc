@@ -55,11 +55,14 @@ std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* se
   document.FindSection(kUsersSection, first, end);
   if (first == 0) return accounts;
   const std::set<WString, KeyOrder> chosen = ReadChosen(document);
+  std::set<WString, KeyOrder> seen;
   WString value;
   for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
     SetAccount account;
     if (!document.ParseKeyLine(line, account.name, value)) continue;
+    if (!seen.insert(account.name).second) continue;  // of two keys of one name the first counts
     ParseUserValue(value, account.privilege, account.displayName);
+    account.fullName = account.displayName;
     if (account.displayName.IsEmpty()) account.displayName = account.name;
     account.isBackedUp = chosen.count(account.name) != 0;
     account.hasFolder =

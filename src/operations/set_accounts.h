@@ -10,12 +10,13 @@
 struct SetAccount {
   WString name;
   int32_t privilege = -1;   // 0 guest, 1 standard user, 2 administrator; -1 if the file doesn't tell
+  WString fullName;         // as the file has it; may be empty
   WString displayName;      // never empty: the account's name where the file has no other
   bool isBackedUp = false;  // chosen in the run that wrote the file last
   bool hasFolder = false;   // only these can be restored
 };
 
-// In the order of the file. `setFolder` is the folder of the info file. A key that leads out of the set's
+// In the order of the file, each once. `setFolder` is the folder of the info file. A key that leads out of the set's
 // folder of accounts has no folder.
 std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder);
 

@@ -57,6 +57,12 @@ void ShowCounting(const OperationContext& context, const wchar_t* source, const 
   SetMarquee(context.bar, true);
 }
 
+void ShowAccountCreation(const OperationContext& context, const wchar_t* original, const wchar_t* target) {
+  SetLine(context.firstLine, (L"Original user account: " + WString(original)).CStr());
+  SetLine(context.secondLine, (L"Target user account: " + WString(target)).CStr());
+  SetLine(context.thirdLine, L"Creating and loading the new user account, please wait...");
+}
+
 void ShowCopying(const OperationContext& context) {
   SetMarquee(context.bar, false);
   SetLine(context.thirdLine, L"Copying files from source to destination...");

@@ -19,6 +19,8 @@ void FlushTarget(const wchar_t* folder, OperationContext& context) {
   UniqueFile handle(CreateFileW(path.CStr(), GENERIC_WRITE,
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const OperationObserver* observer = context.observer;
+  if (handle && observer && observer->flushBegins) observer->flushBegins(observer->owner);
   if (!handle || FlushFileBuffers(handle.Get())) return;
   DWORD error = GetLastError();
   if (IsUnsupported(error)) return;

@@ -57,6 +57,17 @@ bool TemporaryName::IsWorthRetry(DWORD error) {
   return UseName(index_);
 }
 
+bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name) {
+  name.Assign(temporary);
+  const int32_t last = name.Length() - 1;
+  const int own = name.buffer[last] - L'1';
+  const int other = index < own ? index : index + 1;
+  if (other >= kNames) return false;
+  name.buffer[last] = static_cast<wchar_t>(L'1' + other);
+  if (IsPlainFile(name.CStr())) ForceDelete(name.CStr(), 0);
+  return true;
+}
+
 void RemoveTemporary(const wchar_t* path) {
   if (!DeleteFileW(path) && IsPlainFile(path)) ForceDelete(path, kDeleteTakeOwnership);
 }

@@ -36,5 +36,9 @@ class TemporaryName {
   bool isValid_;
 };
 
+// The temporary names of the folder of `temporary` but its own: the one of `index`, counted from 0, goes
+// to `name`. A leftover of that name is removed. False where there are no more.
+bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name);
+
 // Removes a file in the making that didn't come to its place.
 void RemoveTemporary(const wchar_t* path);

@@ -1,6 +1,7 @@
 // version.h
 //
-// The version of the programs, for their version resources and for what they say of themselves.
+// The version of the programs, and the one place that decides it: for their version resources, for what
+// they say of themselves, and for the build, which reads it from here.
 #pragma once
 
 #define NORVANE_VERSION_NUMBERS 3, 0, 2, 0

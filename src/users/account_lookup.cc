@@ -13,8 +13,7 @@
 
 namespace {
 
-constexpr wchar_t kProfileListKey[] =
-    L"HKLM64\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\";
+constexpr wchar_t kProfileListKey[] = L"HKLM64\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
 
 // The path that the account database itself keeps for the profile; mostly empty.
 WString DatabaseProfile(const wchar_t* name) {
@@ -63,13 +62,15 @@ bool AccountNameToSid(WString& name) {
 bool GetProfilePathFromSid(const wchar_t* sid, WString* profile) {
   if (!profile) return false;
   WString path;
-  path.Concat(kProfileListKey, sid);
+  path.Concat(kProfileListKey, L"\\", sid);
   UniqueKey key(OpenKey(path.CStr(), KEY_READ));
   if (!key || !QueryStringValue(key.Get(), L"ProfileImagePath", *profile)) return false;
   ExpandVariables(*profile);
   profile->StripTrailingBackslashes();
   return true;
 }
+
+bool CanReadProfileList() { return static_cast<bool>(UniqueKey(OpenKey(kProfileListKey, KEY_READ))); }
 
 bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile) {
   WString account(name);

@@ -14,5 +14,9 @@ bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile
 // False if it can't be read, or without an output.
 bool GetProfilePathFromSid(const wchar_t* sid, WString* profile);
 
+// Whether the system's list of profiles is there and can be read; nearly all profile folders are known from
+// it alone. GetLastError() tells why not.
+bool CanReadProfileList();
+
 // Replaces an account's name by its SID's text form. False if the name has no SID; it stays then.
 bool AccountNameToSid(WString& name);

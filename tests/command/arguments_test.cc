@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "console_run.h"
+#include "resources/version.h"
 
 namespace {
 
@@ -62,6 +63,14 @@ TEST(Arguments, WrongUsageNamesWhatIsWrong) {
       {{"info", "a", "b"}, "b"},
       {{"users", "x\x1b[31m"}, "x\\x1b[31m"},
       {{"--json", "users"}, "\"--json\" is no command"},
+      {{"restore"}, "SET is required"},
+      {{"restore", "a", "--map"}, "--map"},
+      {{"restore", "a", "--map", "x=y", "z"}, "z"},
+      {{"restore", "a", "--move"}, "--move"},
+      {{"restore", "a", "--copy-hidden"}, "--copy-hidden"},
+      {{"restore-from", "a", "--update"}, "--update"},
+      {{"copy", "a"}, "TARGET is required"},
+      {{"move", "a", "b", "--extra", "c"}, "--extra"},
   };
   for (const Case& c : cases) {
     const ConsoleRun run = Norvanectl(c.words);
@@ -72,27 +81,58 @@ TEST(Arguments, WrongUsageNamesWhatIsWrong) {
   }
 }
 
+TEST(Arguments, RestoreHasTheDefaultsOfTheScreen) {
+  const ConsoleArguments plain = Parsed({"restore", "D:\\B"});
+  EXPECT_EQ(plain.command, ConsoleCommand::kRestore);
+  EXPECT_EQ(plain.set, "D:\\B");
+  EXPECT_EQ(plain.folders, "all");
+  EXPECT_FALSE(plain.overwrites || plain.leavesExtraFolders || plain.moves);
+  const ConsoleArguments full =
+      Parsed({"restore-from", "--map", "A=B", "--map", "C=D", "E:", "--create", "F=G=H", "--skip", "I",
+              "--extra", "J=K", "--no-extra", "--overwrite", "--move", "--copy-hidden"});
+  EXPECT_EQ(full.command, ConsoleCommand::kRestoreFrom);
+  EXPECT_EQ(full.root, "E:");
+  EXPECT_THAT(full.maps, ElementsAre("A=B", "C=D"));
+  EXPECT_THAT(full.creates, ElementsAre("F=G=H"));
+  EXPECT_THAT(full.skips, ElementsAre("I"));
+  EXPECT_THAT(full.extraFolders, ElementsAre("J=K"));
+  EXPECT_TRUE(full.overwrites && full.leavesExtraFolders && full.moves && full.copiesHidden);
+  const ConsoleArguments move = Parsed({"move", "Anna", "C:\\Data", "--overwrite"});
+  EXPECT_EQ(move.command, ConsoleCommand::kMove);
+  EXPECT_EQ(move.source + "|" + move.target, "Anna|C:\\Data");
+}
+
 // Each option is told with its default, and nothing is wider than a terminal of 100 columns.
 TEST(Arguments, HelpIsComplete) {
-  const ConsoleRun run = Norvanectl({"backup", "--help"});
-  EXPECT_EQ(run.exitCode, 0);
-  for (const char* part : {"--to PARENT", "--name NAME", "--user NAME", "--folders LIST", "--extra DIR",
-                           "--update", "--copy-system", "--copy-hidden", "--dry-run", "--json", "--quiet",
-                           "--log FILE", "--version", "--help", "Examples:", "norvanectl backup --to"}) {
-    EXPECT_THAT(run.results, HasSubstr(part));
+  const std::vector<const char*> common = {"--folders LIST", "--dry-run", "--json", "--quiet",
+                                           "--log FILE",     "--version", "--help", "Examples:"};
+  const std::vector<const char*> restore = {"--map FROM=TO", "--create FROM[=NAME]", "--skip FROM",
+                                            "--no-extra",    "--overwrite",          "[=TARGET]"};
+  const struct {
+    const char* command;
+    std::vector<const char*> parts;
+    size_t defaults;
+  } cases[] = {{"backup",
+                {"--to PARENT", "--name NAME", "--user NAME", "--extra DIR", "--update", "--copy-system",
+                 "--copy-hidden", "norvanectl backup --to"},
+                11},
+               {"restore", restore, 11},
+               {"restore-from", restore, 14},
+               {"copy", {"SOURCE", "TARGET", "--overwrite", "--copy-system", "--copy-hidden"}, 8},
+               {"move", {"SOURCE", "TARGET", "--overwrite", "--copy-system", "--copy-hidden"}, 8}};
+  for (const auto& test : cases) {
+    const std::string help = Norvanectl({test.command, "--help"}).results;
+    for (const char* part : common) EXPECT_THAT(help, HasSubstr(part)) << test.command;
+    for (const char* part : test.parts) EXPECT_THAT(help, HasSubstr(part)) << test.command;
+    size_t defaults = 0;
+    for (size_t at = help.find("(default:"); at != std::string::npos; at = help.find("(default:", at + 1))
+      ++defaults;
+    EXPECT_EQ(defaults, test.defaults) << test.command;
+    for (size_t start = 0, end = 0; start < help.size(); start = end + 1) {
+      end = help.find('\n', start);
+      EXPECT_LE(end - start, 100u) << help.substr(start, end - start);
+    }
   }
-  size_t defaults = 0, widest = 0;
-  for (size_t at = run.results.find("(default:"); at != std::string::npos;
-       at = run.results.find("(default:", at + 1)) {
-    ++defaults;
-  }
-  EXPECT_EQ(defaults, 11u);
-  for (size_t start = 0; start < run.results.size();) {
-    const size_t end = run.results.find('\n', start);
-    widest = std::max(widest, end - start);
-    start = end + 1;
-  }
-  EXPECT_LE(widest, 100u);
   EXPECT_THAT(Norvanectl({"--help"}).results, HasSubstr("Exit codes:"));
   EXPECT_THAT(Norvanectl({"info", "--help"}).results, HasSubstr("norvanectl info D:"));
   EXPECT_THAT(Norvanectl({"--version"}).results, HasSubstr("norvanectl 3.0.2.0"));

@@ -200,8 +200,9 @@ TEST(BackupCommand, SeesAnOverlapThroughARedirectedFolder) {
 // The default name has to be one folder's name, whatever machine and user are called.
 TEST(BackupCommand, NamesTheSetAfterComputerAndUser) {
   Machine machine;
-  EXPECT_EQ(machine.Backup({}, "").exitCode, 0);
-  EXPECT_THAT(machine.place.files.List("backups"), Contains(HasSubstr("(")));
+  machine.place.AddConsoleUser({.name = "Cora", .privilege = 2});
+  EXPECT_EQ(machine.Backup({"--user", "Anna"}, "").exitCode, 0);
+  EXPECT_THAT(machine.place.files.List("backups"), Contains(HasSubstr(" (Cora)/BackupInfo.grxsv")));
 }
 
 TEST(BackupCommand, UpdatesASetThatTheParentNames) {

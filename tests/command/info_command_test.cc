@@ -96,10 +96,17 @@ TEST(InfoCommand, StandsAFileWithVeryManyAccounts) {
     text += name + "=1|x\r\n";
     chosen += name + "=1\r\n";
   }
-  place.File("BackupInfo.nvsav", text + chosen);
+  text += "aCCOUNT1=1|again\r\n";  // the first one counts
+  std::string extra = "[ExtraFolders]\r\n", names = "[NewExtraFolders]\r\n";
+  for (int folder = 0; folder < 5000; ++folder) {
+    extra += "C:\\" + std::to_string(folder) + "=1\r\n";
+    names += "C:\\" + std::to_string(folder) + "=64C8003575A33831C5D0C3471BB51F6A\r\n";
+  }
+  place.File("BackupInfo.nvsav", text + chosen + extra + names);
   const ConsoleRun run = Norvanectl({"info", Utf8(place.Path())});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_THAT(run.results, HasSubstr("Users (20000), BackupUsers (20000)"));
+  EXPECT_THAT(run.results, HasSubstr("Users (20001), BackupUsers (20000)"));
+  EXPECT_THAT(run.results, Not(HasSubstr("again")));
   EXPECT_THAT(run.results, Not(HasSubstr("not in the last run")));
 }
 

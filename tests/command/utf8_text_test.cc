@@ -84,6 +84,8 @@ TEST(ProgressLine, FitsTheTerminal) {
             "...\xc3\xa4\xc3\xa4\xc3\xa4" + numbers);
   state.isCounting = true;
   EXPECT_NE(ProgressText(state, 100).find("counting  34 entries"), std::string::npos);
+  state.isFlushing = true;
+  EXPECT_EQ(ProgressText(state, 100), state.phase + "  writing to disk");
 }
 
 // A rate that jumps to zero with every small file shows a time left that nobody believes.

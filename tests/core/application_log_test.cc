@@ -10,8 +10,6 @@
 
 namespace {
 
-using testing::Each;
-using testing::EndsWith;
 using testing::HasSubstr;
 
 const SYSTEMTIME kNoon = {2024, 3, 0, 5, 12, 0, 0, 0};

@@ -30,6 +30,13 @@ TEST(BackupName, LosesWhatNoFolderCanHave) {
   }
 }
 
+// Would catch "PC ()", which a machine without a user at the console would get.
+TEST(BackupName, IsByDefaultThatOfComputerAndUser) {
+  EXPECT_EQ(DefaultBackupName(L"PC", L"Anna"), L"PC (Anna)");
+  EXPECT_EQ(DefaultBackupName(L"PC", L""), L"PC");
+  EXPECT_EQ(DefaultBackupName(L"PC", nullptr), L"PC");
+}
+
 // Pointing at an existing backup must update it and not make a second one inside it.
 TEST(BackupTarget, IsTheParentWhereItsLastComponentIsTheName) {
   const char* cases[][3] = {

@@ -1,5 +1,7 @@
 #include "operations/backup_trees.h"
 
+#include "operations/path_queries.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,7 +14,7 @@ using testing::ElementsAre;
 // "source > target", below the profile and the account's folder in the set; "!" marks the fast copy.
 std::vector<std::string> Trees(const UserTrees& user) {
   std::vector<std::string> rows;
-  for (const BackupTree& tree : user.trees) {
+  for (const RunTree& tree : user.trees) {
     std::string source = Utf8(tree.source), target = Utf8(tree.target);
     const std::string profile = Utf8(user.profile), set = Utf8(user.target);
     if (source.starts_with(profile)) source = "~" + source.substr(profile.size());
@@ -90,7 +92,7 @@ TEST(BackupTrees, AreThoseOfTheTickedRows) {
   selection.extraTicked = {false, true};
 
   std::vector<std::string> targets;
-  for (const BackupTree& tree : ListBackupTrees(selection, L"E:\\X", 6.1))
+  for (const RunTree& tree : ListBackupTrees(selection, L"E:\\X", 6.1))
     targets.push_back(Utf8(tree.target));
   EXPECT_THAT(targets, ElementsAre("E:\\X\\Users\\Bob\\Desktop",
                                    "E:\\X\\ExtraFolders\\64C8003575A33831C5D0C3471BB51F6A"));
@@ -99,10 +101,10 @@ TEST(BackupTrees, AreThoseOfTheTickedRows) {
 TEST(OtherFolders, LeaveOutTheNamedOnesWithoutCase) {
   const WString exclusions(L"|Documents|Desktop||Music|Appdata|");
   for (const wchar_t* name : {L"documents", L"AppData", L"Music"}) {
-    EXPECT_TRUE(IsExcludedFolder(exclusions, name)) << Utf8(name);
+    EXPECT_TRUE(IsNameInBars(exclusions, name)) << Utf8(name);
   }
   for (const wchar_t* name : {L"Contacts", L"Doc", L"Musical"}) {
-    EXPECT_FALSE(IsExcludedFolder(exclusions, name)) << Utf8(name);
+    EXPECT_FALSE(IsNameInBars(exclusions, name)) << Utf8(name);
   }
 }
 

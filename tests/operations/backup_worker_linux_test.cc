@@ -12,7 +12,6 @@
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 std::filesystem::path OnDisk(const WString& path) {

@@ -17,9 +17,6 @@
 namespace {
 
 using machine::FaultPlan;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct FaultsOff {
   ~FaultsOff() { machine::ClearFaults(); }

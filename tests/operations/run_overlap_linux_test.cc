@@ -13,7 +13,7 @@ TEST(RunOverlap, SeesThroughLinks) {
   place.Folder("Set");
   place.Link("Linked", "Real");
   place.Link("Nested", "Linked/Documents");
-  BackupTree tree;
+  RunTree tree;
   WString source, target;
   struct {
     const char* source;

@@ -6,8 +6,8 @@
 
 namespace {
 
-BackupTree Tree(const WString& source, const WString& target) {
-  BackupTree tree;
+RunTree Tree(const WString& source, const WString& target) {
+  RunTree tree;
   tree.source = source;
   tree.target = target;
   return tree;
@@ -29,7 +29,7 @@ TEST(RunOverlap, FindsSourceAndTargetInsideEachOther) {
   };
   for (const auto& test : cases) {
     WString source, target;
-    const std::vector<BackupTree> trees = {Tree(place / test.source, place / test.target)};
+    const std::vector<RunTree> trees = {Tree(place / test.source, place / test.target)};
     EXPECT_EQ(FindOverlap(trees, source, target), test.overlap) << test.source << " > " << test.target;
     if (!test.overlap) continue;
     EXPECT_EQ(Utf8(source), Utf8(place / test.source)) << "as the run spells it";
@@ -40,7 +40,7 @@ TEST(RunOverlap, FindsSourceAndTargetInsideEachOther) {
 TEST(RunOverlap, LooksAtAllTreesOfARun) {
   TestPlace place;
   for (const char* folder : {"A", "B", "Set"}) place.Folder(folder);
-  std::vector<BackupTree> trees = {Tree(place / "A", place / "Set/a"), Tree(place / "B", place / "Set/b")};
+  std::vector<RunTree> trees = {Tree(place / "A", place / "Set/a"), Tree(place / "B", place / "Set/b")};
   WString source, target;
   EXPECT_FALSE(FindOverlap(trees, source, target));
   trees.push_back(Tree(place / "Set/a", place / "Set/c"));

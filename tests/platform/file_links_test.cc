@@ -13,8 +13,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 DWORD OpenError(const WString& path, DWORD disposition = OPEN_EXISTING, DWORD flags = 0) {
   UniqueFile file(CreateFileW(path.CStr(), disposition == OPEN_EXISTING ? GENERIC_READ : GENERIC_WRITE, 7,
                               nullptr, disposition, flags, nullptr));

@@ -57,7 +57,7 @@ TEST(NorvaneMachine, SetsAttributes) {
 
 TEST(NorvaneMachine, TellsWhatIsWrong) {
   TestMachine place;
-  const std::string folder = place.Folder();
+  const std::string& folder = place.Folder();
   const struct {
     std::string arguments;
     int code;

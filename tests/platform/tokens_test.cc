@@ -185,7 +185,7 @@ TEST(Sessions, ConsoleUserIsThatOfTheMachine) {
     DWORD size = 0;
     EXPECT_TRUE(WTSQuerySessionInformationW(WTS_CURRENT_SERVER_HANDLE, WTSGetActiveConsoleSessionId(),
                                             WTSUserName, &text, &size));
-    const std::string result = ToUtf8(text) + "|" + std::to_string(size);
+    std::string result = ToUtf8(text) + "|" + std::to_string(size);
     WTSFreeMemory(text);
     return result;
   };

@@ -16,6 +16,14 @@ Accounts& TheAccounts() {
   return accounts;
 }
 
+Account* FindAccount(const wchar_t* name) {
+  const WString wanted(name);
+  for (Account& account : TheAccounts().list) {
+    if (Wide(account.name).EqualsNoCase(wanted)) return &account;
+  }
+  return nullptr;
+}
+
 namespace {
 
 // One block with room for texts behind the structures, as NetApiBufferFree wants it.
@@ -42,14 +50,6 @@ class Block {
 
 size_t TextRoom(const Account& account) {
   return account.name.size() + account.fullName.size() + account.profile.size() + 3;
-}
-
-const Account* FindAccount(const wchar_t* name) {
-  const WString wanted(name);
-  for (const Account& account : TheAccounts().list) {
-    if (Wide(account.name).EqualsNoCase(wanted)) return &account;
-  }
-  return nullptr;
 }
 
 bool CopySid(const Account& account, PSID sid, DWORD* size) {

@@ -1,13 +1,14 @@
 // account_stand_in.h
 //
 // Functions that stand in front of the system's in the tests under Wine, which has one account and
-// reads no user hive: an account database, the console session's user, and the loading of hives. They
-// are linked into a test program by being there. Until a test sets accounts, they hand each call on to
-// the system.
+// reads no user hive: an account database and the making of accounts, the console session's user, and the
+// loading of hives. They are linked into a test program by being there. Until a test sets accounts, they hand
+// each call on to the system.
 #pragma once
 #include <windows.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct Account {
   std::string fullName;
   std::string profile;  // of the account database
   uint32_t privilege = 1;
+  std::string password;
+  bool hasMadeProfile = false;  // by a call here
+  std::vector<std::string> groups;
 };
 
 // What the calls answer.
@@ -30,11 +34,20 @@ struct Accounts {
   uint32_t enumerationTotal = 0;  // what NetUserEnum gives as the total; 0: as many as there are
   uint32_t enumerations = 0;      // calls of NetUserEnum
   uint32_t hiveLoads = 0;         // calls of RegLoadKeyW that loaded something
+
+  bool hasCreateProfile = true;  // whether Userenv.dll has that function
+  // Makes the profile of a new account, in whatever way it is asked for.
+  std::function<void(const std::string& name, const std::string& sid)> makeProfile;
+  // Gets the calls that make accounts, as support/account_calls.h tells them; null: nobody watches.
+  std::vector<std::string>* watcher = nullptr;
+  std::string failing;       // the call that fails, in the same form or its name alone; empty: none
+  uint32_t failingFrom = 1;  // the first of those calls that fails; all later ones do, too
 };
 Accounts& TheAccounts();
+Account* FindAccount(const wchar_t* name);  // null if there is none
 
 // A hive here is a text file: a line for each value, with key, name, type and text separated by tabs,
-// in UTF-8. RegLoadKeyW puts them under HKEY_USERS\<name>.
+// in UTF-8; a REG_DWORD's text is its number. RegLoadKeyW puts them under the root that it is given.
 struct HiveText {
   std::string key, name, text;
   uint32_t type = REG_SZ;

@@ -8,9 +8,10 @@
 namespace stand_in {
 namespace {
 
+using Names = std::set<std::pair<HKEY, std::string>>;
 struct LoadedHives {
-  std::set<std::string> byProgram;
-  std::set<std::string> bySystem;
+  Names byProgram;
+  Names bySystem;
 };
 
 LoadedHives& Loaded() {
@@ -36,18 +37,23 @@ LSTATUS AddValue(HKEY hive, const HiveText& value) {
   LSTATUS status = RegCreateKeyExW(hive, Wide(value.key).CStr(), 0, nullptr, REG_OPTION_VOLATILE,
                                    KEY_ALL_ACCESS, nullptr, key.Receive(), nullptr);
   if (status != ERROR_SUCCESS) return status;
+  if (value.type == REG_DWORD) {
+    const DWORD number = static_cast<DWORD>(std::stoul(value.text));
+    return RegSetValueExW(key.Get(), Wide(value.name).CStr(), 0, REG_DWORD,
+                          reinterpret_cast<const BYTE*>(&number), sizeof number);
+  }
   const WString text = Wide(value.text);
   return RegSetValueExW(key.Get(), Wide(value.name).CStr(), 0, value.type,
                         reinterpret_cast<const BYTE*>(text.CStr()),
                         static_cast<DWORD>(2 * (text.Length() + 1)));
 }
 
-LSTATUS PutHive(const wchar_t* name, const wchar_t* file) {
+LSTATUS PutHive(HKEY root, const wchar_t* name, const wchar_t* file) {
   // As Windows does.
   if (Attributes(file) == INVALID_FILE_ATTRIBUTES) WriteBytes(file, "");
   UniqueKey hive;
   DWORD disposition = 0;
-  LSTATUS status = RegCreateKeyExW(HKEY_USERS, name, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
+  LSTATUS status = RegCreateKeyExW(root, name, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
                                    hive.Receive(), &disposition);
   if (status != ERROR_SUCCESS) return status;
   // The file is in use then.
@@ -63,10 +69,10 @@ LSTATUS WINAPI LoadKey(HKEY root, LPCWSTR name, LPCWSTR file) {
   if (!TheAccounts().isActive) {
     return System<decltype(&RegLoadKeyW)>(L"advapi32", "RegLoadKeyW")(root, name, file);
   }
-  LSTATUS status = PutHive(name, file);
+  LSTATUS status = PutHive(root, name, file);
   if (status == ERROR_SUCCESS) {
     TheAccounts().hiveLoads++;
-    Loaded().byProgram.insert(Utf8(name));
+    Loaded().byProgram.emplace(root, Utf8(name));
   }
   return status;
 }
@@ -76,8 +82,8 @@ LSTATUS WINAPI UnloadKey(HKEY root, LPCWSTR name) {
     return System<decltype(&RegUnLoadKeyW)>(L"advapi32", "RegUnLoadKeyW")(root, name);
   }
   // Also where the key is there: it is then the system's.
-  if (Loaded().byProgram.erase(Utf8(name)) == 0) return ERROR_ACCESS_DENIED;
-  return RegDeleteTreeW(HKEY_USERS, name);
+  if (Loaded().byProgram.erase({root, Utf8(name)}) == 0) return ERROR_ACCESS_DENIED;
+  return RegDeleteTreeW(root, name);
 }
 
 }  // namespace
@@ -91,14 +97,14 @@ std::string HiveFileText(const std::vector<HiveText>& values) {
 }
 
 LSTATUS LoadAsSystem(const wchar_t* name, const wchar_t* file) {
-  LSTATUS status = PutHive(name, file);
-  if (status == ERROR_SUCCESS) Loaded().bySystem.insert(Utf8(name));
+  LSTATUS status = PutHive(HKEY_USERS, name, file);
+  if (status == ERROR_SUCCESS) Loaded().bySystem.emplace(HKEY_USERS, Utf8(name));
   return status;
 }
 
 void UnloadAllHives() {
-  for (std::set<std::string>* names : {&Loaded().byProgram, &Loaded().bySystem}) {
-    for (const std::string& name : *names) RegDeleteTreeW(HKEY_USERS, Wide(name).CStr());
+  for (Names* names : {&Loaded().byProgram, &Loaded().bySystem}) {
+    for (const auto& [root, name] : *names) RegDeleteTreeW(root, Wide(name).CStr());
     names->clear();
   }
 }

@@ -2,13 +2,14 @@
 //
 // What differs between the systems in making accounts for tests.
 #pragma once
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "support/account_place.h"
 
 // From here on to the end, the accounts are the test's alone.
-void BeginTestAccounts();
+void BeginTestAccounts(TestSystem system);
 void EndTestAccounts();
 
 void AddTestAccount(const TestAccount& account, const std::string& sid);
@@ -16,6 +17,13 @@ void SetTestConsoleUser(const std::string& name);
 
 // The SID of the account that sits at the console and that the process runs as.
 std::string ConsoleSid();
+
+// Has profiles of accounts that the system makes put into the test's place, where there is no system to do
+// it.
+void MakeProfilesBy(const std::function<void(const std::string& name, const std::string& sid)>& make);
+
+// What the account database has of an account. False if there is no such account.
+bool LookAtAccount(const std::string& name, KnownAccount& account);
 
 void WriteTestHive(const WString& file, const std::vector<TestValue>& values);
 void LoadHiveAsSystem(const std::string& sid, const WString& file);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
+
 #include "foundation/unique_handle.h"
 #include "support/account_database.h"
 #include "users/account_lookup.h"
@@ -14,10 +16,16 @@ const wchar_t kProfileList[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion
 
 }  // namespace
 
-AccountPlace::Accounts::Accounts() { BeginTestAccounts(); }
+AccountPlace::Accounts::Accounts(TestSystem system) { BeginTestAccounts(system); }
 AccountPlace::Accounts::~Accounts() { EndTestAccounts(); }
 
-AccountPlace::AccountPlace() {}
+AccountPlace::AccountPlace(TestSystem system) : accounts(system) {
+  MakeProfilesBy([this](const std::string& name, const std::string& sid) {
+    sids_.emplace_back(name, sid);
+    AddToProfileList({.name = name}, sid);
+    WriteTestHive(Profile(name) + L"\\NTUSER.DAT", UsualFolders(name));
+  });
+}
 
 AccountPlace::~AccountPlace() {
   UnloadOwnHives();
@@ -77,8 +85,16 @@ std::string AccountPlace::Sid(const std::string& name) const {
   for (const auto& [itsName, sid] : sids_) {
     if (itsName == name) return sid;
   }
-  ADD_FAILURE() << "no account " << name;
-  return {};
+  WString sid = Wide(name);  // of one that was made meanwhile
+  if (!AccountNameToSid(sid)) ADD_FAILURE() << "no account " << name;
+  return Utf8(sid);
+}
+
+KnownAccount AccountPlace::Known(const std::string& name) const {
+  KnownAccount account;
+  if (!LookAtAccount(name, account)) ADD_FAILURE() << "no account " << name;
+  std::sort(account.groups.begin(), account.groups.end());
+  return account;
 }
 
 bool AccountPlace::IsHiveLoaded(const std::string& name) const {

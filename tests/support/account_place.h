@@ -15,7 +15,7 @@ inline constexpr char kShellFoldersKey[] =
 inline constexpr char kUserShellFoldersKey[] =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
-// A value of a hive. The key is below the hive's root.
+// A value of a hive. The key is below the hive's root; the text of a REG_DWORD is its number.
 struct TestValue {
   std::string key, name, text;
   uint32_t type = 1;  // REG_SZ
@@ -33,15 +33,27 @@ struct TestAccount {
   std::vector<TestValue> hive = {};        // instead of the usual Shell Folders
 };
 
+// An account as the database has it, also one that was made during the test.
+struct KnownAccount {
+  std::string fullName;
+  std::vector<std::string> groups;  // in order
+  bool hasPassword = false;
+};
+
+enum class TestSystem {
+  kNew,  // Windows 10
+  kOld,  // Windows XP, whose profiles are made by a logon only
+};
+
 class AccountPlace {
  public:
-  AccountPlace();
+  explicit AccountPlace(TestSystem system = TestSystem::kNew);
   ~AccountPlace();
   AccountPlace(const AccountPlace&) = delete;
   AccountPlace& operator=(const AccountPlace&) = delete;
 
   struct Accounts {  // before the files, which lie on the machine that has these accounts
-    Accounts();
+    explicit Accounts(TestSystem system);
     ~Accounts();
   } accounts;
   TestPlace files;  // profiles lie in it, in the folder "Users"
@@ -53,7 +65,8 @@ class AccountPlace {
   // that the system gives this process, where it gives any.
   void AddConsoleUser(const TestAccount& account);
 
-  WString Profile(const std::string& name) const;  // whether or not anything says so
+  WString Profile(const std::string& name) const;  // of an account that was added here
+  KnownAccount Known(const std::string& name) const;
   std::string Sid(const std::string& name) const;
   bool IsHiveLoaded(const std::string& name) const;
 

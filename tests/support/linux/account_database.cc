@@ -34,17 +34,24 @@ void Use(const machine::Machine& next) {
 
 }  // namespace
 
-void BeginTestAccounts() {
+void BeginTestAccounts(TestSystem system) {
   MachineBefore() = machine::ThisMachine();
   std::string folder = (std::filesystem::temp_directory_path() / "norvane-accounts.XXXXXX").string();
   std::string error;
   machine::Machine made;
-  if (!mkdtemp(folder.data()) || !machine::CreateMachine(folder, machine::MachinePlan(), &error) ||
+  machine::MachinePlan plan;
+  if (system == TestSystem::kOld) {
+    plan.major = 5;
+    plan.minor = 1;
+    plan.build = 2600;
+  }
+  if (!mkdtemp(folder.data()) || !machine::CreateMachine(folder, plan, &error) ||
       !machine::Machine::Open(folder, made, &error)) {
     ADD_FAILURE() << "no machine in " << folder << ": " << error;
     return;
   }
   made.accounts.clear();
+  if (!made.SaveAccounts(&error)) ADD_FAILURE() << error;
   Use(made);
 }
 
@@ -65,6 +72,20 @@ void AddTestAccount(const TestAccount& account, const std::string& sid) {
   entry.type = static_cast<machine::AccountType>(account.privilege);
   entry.home = account.databaseProfile;
   machine::ThisMachine().accounts.push_back(entry);
+  std::string error;
+  if (!machine::ThisMachine().SaveAccounts(&error)) ADD_FAILURE() << error;
+}
+
+// The machine makes them itself.
+void MakeProfilesBy(const std::function<void(const std::string&, const std::string&)>&) {}
+
+bool LookAtAccount(const std::string& name, KnownAccount& account) {
+  const machine::Account* found = machine::ThisMachine().FindAccount(name);
+  if (!found) return false;
+  account.fullName = found->fullName;
+  account.hasPassword = !found->passwordDigest.empty();
+  account.groups = found->groups;
+  return true;
 }
 
 void SetTestConsoleUser(const std::string& name) {
@@ -77,7 +98,14 @@ std::string ConsoleSid() { return "S-1-5-21-1004336348-1177238915-682003330-1500
 
 void WriteTestHive(const WString& file, const std::vector<TestValue>& values) {
   machine::HivePlan plan;
-  for (const TestValue& value : values) plan.Key(value.key).Text(value.name, value.text, value.type);
+  for (const TestValue& value : values) {
+    machine::HivePlan& key = plan.Key(value.key);
+    if (value.type == REG_DWORD) {
+      key.Number(value.name, static_cast<uint32_t>(std::stoul(value.text)));
+    } else {
+      key.Text(value.name, value.text, value.type);
+    }
+  }
   const DWORD error = machine::Hive::Make(HostPath(file), plan);
   if (error != ERROR_SUCCESS) ADD_FAILURE() << "no hive at " << Utf8(file) << ": " << error;
 }

@@ -6,8 +6,9 @@
 #include "foundation/unique_handle.h"
 #include "stand_in/account_stand_in.h"
 
-void BeginTestAccounts() {
+void BeginTestAccounts(TestSystem system) {
   stand_in::TheAccounts() = stand_in::Accounts();
+  stand_in::TheAccounts().hasCreateProfile = system == TestSystem::kNew;
   stand_in::TheAccounts().isActive = true;
 }
 
@@ -21,6 +22,19 @@ void AddTestAccount(const TestAccount& account, const std::string& sid) {
   entry.profile = account.databaseProfile;
   entry.privilege = account.privilege;
   stand_in::TheAccounts().list.push_back(entry);
+}
+
+void MakeProfilesBy(const std::function<void(const std::string& name, const std::string& sid)>& make) {
+  stand_in::TheAccounts().makeProfile = make;
+}
+
+bool LookAtAccount(const std::string& name, KnownAccount& account) {
+  const stand_in::Account* found = stand_in::FindAccount(Wide(name).CStr());
+  if (!found) return false;
+  account.fullName = found->fullName;
+  account.hasPassword = !found->password.empty();
+  account.groups = found->groups;
+  return true;
 }
 
 void SetTestConsoleUser(const std::string& name) { stand_in::TheAccounts().consoleUser = name; }

@@ -1,0 +1,109 @@
+#include "restore_command.h"
+
+#include "dry_run.h"
+#include "interrupt.h"
+#include "operation_run.h"
+#include "operations/copy_failure.h"
+#include "operations/restore_start.h"
+#include "operations/restore_targets.h"
+#include "refusal.h"
+#include "restore_plan.h"
+#include "system_reason.h"
+#include "users/account_lookup.h"
+#include "utf8_text.h"
+
+namespace {
+
+std::vector<NamedPath> PathsOf(const RestorePlan& plan) {
+  return {{plan.root.isSet ? "set" : "root", plan.root.folder}, {"infoFile", plan.document.path}};
+}
+
+ExitCode RunPlan(const ConsoleArguments& arguments, RestorePlan& plan, AppObject& app,
+                 ConsoleOutput& output) {
+  if (!StartRestore(plan.root, plan.selection, plan.document, plan.isKept)) {
+    const std::string reason = SystemReason(GetLastError());
+    TellNotes(arguments,
+              {"The choices of this run can't be kept in " + Quoted(plan.document.path) + " (" + reason +
+               "); the run goes on without that."},
+              output);
+  }
+  PlannedRun run;
+  run.kind = plan.kind;
+  run.worker = RestoreEntry;
+  run.document = &plan.document;
+  run.subject = plan.root.folder;
+  if (plan.root.isSet) run.subject.LastComponent();
+  run.attributeMask = plan.root.isSet ? 0 : plan.selection.skipAttributes;
+  run.sourceVersion = plan.root.version;
+  run.moves = plan.moves;
+  run.administrators = &plan.administrators;
+  run.leftOut = plan.leftOut;
+  run.paths = PathsOf(plan);
+  return RunPlanned(arguments, run, app, output);
+}
+
+// What the run would log of an account's folders.
+void AddFailures(const wchar_t* text, const WString& front, const WStringArray& items, DryRunGroup& group) {
+  for (uint32_t i = 0; i < items.count; ++i) {
+    group.failures.push_back(Escaped(text + front + items[i]));
+  }
+}
+
+DryRunGroup UserGroup(const RestorePlan& plan, const RestoreUserRow& row, WStringArray& accountsToCreate) {
+  WString account;
+  const bool isMarked = IsToBeCreated(row.target.CStr(), account);
+  WString sid(account);
+  const bool isNew = isMarked && !AccountNameToSid(sid);
+  if (isNew) accountsToCreate.Add(account.CStr());
+  DryRunGroup group;
+  group.heading = Escaped(row.source) + " -> " + Escaped(account) + (isNew ? " (a new account)" : "");
+  RestoreTrees found;
+  ListRestoreRow(plan.root, row, plan.selection.folderMask, *plan.places, found);
+  AddFailures(kCannotFindFolder, account + L"\\", found.notFound, group);
+  AddFailures(kProtectedFolder, WString(L""), found.protectedPlaces, group);
+  group.trees = std::move(found.trees);
+  return group;
+}
+
+DryRunGroup ExtraFolderGroup(const RestorePlan& plan) {
+  DryRunGroup group;
+  group.heading = "Additional folders";
+  for (const RestoreFolderRow& row : plan.selection.extraFolders) {
+    RunTree tree;
+    if (row.isTicked &&
+        ExtraFolderTree(plan.root, ExtraFolderKey(plan.root, row).CStr(), row.target.CStr(), tree)) {
+      group.trees.push_back(tree);
+    }
+  }
+  return group;
+}
+
+ExitCode TellPlan(const ConsoleArguments& arguments, const RestorePlan& plan, ConsoleOutput& output) {
+  DryRunPlan told;
+  told.headline = (plan.root.isSet ? "This would restore the backup: " : "This would restore from: ") +
+                  Escaped(plan.root.folder);
+  told.failures = plan.leftOut;
+  for (const RestoreUserRow& row : plan.selection.users) {
+    if (row.isTicked) told.groups.push_back(UserGroup(plan, row, told.accountsToCreate));
+  }
+  DryRunGroup folders = ExtraFolderGroup(plan);
+  if (!folders.trees.empty()) told.groups.push_back(std::move(folders));
+  told.isExcluded = IsNamedRestoreFolder;
+  told.paths = PathsOf(plan);
+  return ShowDryRun(arguments, told, output);
+}
+
+}  // namespace
+
+ExitCode RunRestoreCommand(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput& output) {
+  app.logSection = arguments.command == ConsoleCommand::kRestore ? kLogRestore : kLogRestoreFrom;
+  RestorePlan plan;
+  PlanProblem problem;
+  const bool isPlanned = PlanRestore(arguments, app, plan, problem);
+  TellNotes(arguments, plan.notes, output);
+  if (!isPlanned) return Refuse(arguments, problem.sentence, output, problem.exitCode);
+  if (InterruptGuard::IsRequested()) {
+    return Refuse(arguments, "Stopped before anything was made.", output, kExitStopped);
+  }
+  return arguments.isDryRun ? TellPlan(arguments, plan, output) : RunPlan(arguments, plan, app, output);
+}

@@ -1,0 +1,134 @@
+#include "operations/phase_runner.h"
+
+#include <windows.h>
+// The header below needs windows.h before it.
+#include <objbase.h>
+
+#include "foundation/directory_enumerator.h"
+#include "foundation/privileges.h"
+#include "operations/copy_engine.h"
+#include "operations/copy_failure.h"
+#include "operations/copy_walk.h"
+#include "operations/held_way.h"
+#include "operations/path_queries.h"
+#include "operations/target_flush.h"
+#include "operations/walk_path.h"
+
+namespace {
+
+bool IsOnSameDrive(const WString& a, const WString& b) {
+  return a.Length() >= 2 && b.Length() >= 2 && a.buffer[1] == L':' && a.buffer[0] == b.buffer[0] &&
+         a.buffer[1] == b.buffer[1];
+}
+
+// What of `path` lies behind its base, which it begins with.
+const wchar_t* BehindBase(const WString& path, const WString& base) { return path.CStr() + base.Length(); }
+
+}  // namespace
+
+PhaseRunner::PhaseRunner(OperationContext& context)
+    : context_(context), phases_(0), hasCom_(SUCCEEDED(CoInitialize(nullptr))) {
+  delete[] EnableProcessPrivileges();
+}
+
+PhaseRunner::~PhaseRunner() {
+  if (hasCom_) CoUninitialize();
+}
+
+bool PhaseRunner::RunTrees(const std::vector<RunTree>& trees, const Exclusion& isExcluded) {
+  for (const RunTree& tree : trees) {
+    if (IsStopped(context_)) return false;
+    if (tree.otherFolders) {
+      RunOtherFolders(tree, isExcluded);
+    } else {
+      RunOne(tree);
+    }
+  }
+  return !IsStopped(context_);
+}
+
+void PhaseRunner::RunOne(const RunTree& tree) {
+  HeldWay sourceWay, targetWay;
+  if (!HoldSource(tree, sourceWay) || !HoldTarget(tree, targetWay)) return;
+  if (RunCopyPhase(tree.source.CStr(), tree.target.CStr(), context_, tree.fast)) phases_++;
+  NoteWritten(tree.target);
+}
+
+// False if there is nothing to copy; what is wrong is told. A missing folder passes by without a word.
+bool PhaseRunner::HoldSource(const RunTree& tree, HeldWay& way) {
+  if (tree.sourceBase.IsEmpty()) return true;
+  switch (way.Hold(tree.sourceBase.CStr(), BehindBase(tree.source, tree.sourceBase), false)) {
+    case HeldWay::Result::kHeld:
+      return true;
+    case HeldWay::Result::kMissing:
+      return false;
+    case HeldWay::Result::kLink:
+      if (tree.inner) {
+        CountLink();
+        return false;
+      }
+      // A folder that was chosen and isn't copied.
+      ReportFailure(context_, kCannotReadDirectory, tree.source.CStr(), ERROR_CANT_ACCESS_FILE);
+      return false;
+    case HeldWay::Result::kFailed:
+      ReportFailure(context_, kCannotReadDirectory, tree.source.CStr(), GetLastError());
+      return false;
+  }
+  return false;
+}
+
+bool PhaseRunner::HoldTarget(const RunTree& tree, HeldWay& way) {
+  if (tree.targetBase.IsEmpty()) return true;
+  // The base may be missing as well: the profile of an account that was only named, or a set's folder.
+  HeldWay::Result result = HeldWay::Result::kFailed;
+  if (MakeDirectoryPath(tree.targetBase.CStr())) {
+    result = way.Hold(tree.targetBase.CStr(), BehindBase(tree.target, tree.targetBase), true);
+  }
+  if (result == HeldWay::Result::kHeld) return true;
+  DWORD error = result == HeldWay::Result::kLink ? ERROR_CANT_ACCESS_FILE : GetLastError();
+  ReportTargetFailure(context_, kCannotMakeDirectory, tree.target.CStr(), error);
+  return false;
+}
+
+void PhaseRunner::RunOtherFolders(const RunTree& tree, const Exclusion& isExcluded) {
+  HeldWay way;
+  if (!HoldSource(tree, way)) return;
+  RunTree folder(tree);
+  folder.otherFolders = false;
+  // Held from the profile on, so that each folder is still the directory that was listed.
+  if (folder.sourceBase.IsEmpty()) folder.sourceBase = tree.source;
+  WalkPath pattern(tree.source.CStr());
+  pattern.Push(L"*");
+  DirectoryEnumerator search;
+  for (bool found = search.First(pattern.CStr(), kOnlyDirectories); found; found = search.Next()) {
+    const wchar_t* name = search.data.cFileName;
+    if (isExcluded(name)) continue;
+    if (IsLink(search.data)) {
+      CountLink();
+      continue;
+    }
+    folder.source.Concat(tree.source.CStr(), L"\\", name);
+    folder.target.Concat(tree.target.CStr(), L"\\", name);
+    RunOne(folder);
+    if (IsStopped(context_)) return;
+  }
+  if (!ListingEnded()) ReportFailure(context_, kCannotReadDirectory, tree.source.CStr(), GetLastError());
+}
+
+void PhaseRunner::NoteWritten(const WString& target) {
+  for (uint32_t row = 0; row < written_.count; row++) {
+    if (IsOnSameDrive(written_[row], target)) return;
+  }
+  // A phase without a source makes no target, and what isn't there can't be brought up to date.
+  if (IsFolderPath(target.CStr())) written_.Add(target.CStr());
+}
+
+int32_t PhaseRunner::End(bool isComplete) {
+  for (uint32_t row = 0; row < written_.count; row++) FlushTarget(written_[row].CStr(), context_);
+  context_.outcome = !isComplete             ? OperationOutcome::kStopped
+                     : context_.failures > 0 ? OperationOutcome::kFailures
+                                             : OperationOutcome::kComplete;
+  const OperationObserver* observer = context_.observer;
+  if (observer && observer->ended) observer->ended(observer->owner, context_.outcome);
+  return isComplete ? phases_ : -1;
+}

@@ -1,0 +1,70 @@
+// restore_selection.h
+//
+// What a restore is to do, and its way into the info document. The screens and the console fill one and
+// the same selection.
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "foundation/ini_document.h"
+#include "foundation/wstring_array.h"
+#include "operations/backup_set.h"
+#include "operations/restore_trees.h"
+#include "users/user_table.h"
+
+struct RestoreUserRow {
+  WString source;  // name of the account in the set, or of its folder in the other installation
+  WString target;  // a local account, or a name with the mark that has the account made
+  bool isTicked = true;
+};
+
+struct RestoreFolderRow {
+  WString source;  // of a set: the place before the backup; otherwise the full path below the root
+  WString target;
+  bool isTicked = true;
+};
+
+struct RestoreSelection {
+  std::vector<RestoreUserRow> users;
+  uint32_t folderMask = kMaskAll;
+  std::vector<RestoreFolderRow> extraFolders;
+  bool onlyMissing = true;
+  uint32_t skipAttributes = kSkipHiddenFiles | kSkipSystemFiles;  // of another installation only
+};
+
+// The rows that a set offers: its accounts whose folders are there, each with its target account, and its
+// extra folders whose folders are there, each back to its place. All are ticked. What `selection` held
+// as rows before is gone.
+void ReadSetRows(IniDocument& document, const RestoreRoot& root, const UserTable& accounts,
+                 RestoreSelection& selection);
+
+// The rows that another installation offers, by ScanSource.
+void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, RestoreSelection& selection);
+
+// Makes the profiles of the ticked rows' target accounts places where this run may write.
+void AddTargetProfiles(const RestoreSelection& selection, ProtectedPlaces& places);
+
+// Takes the ticks from extra folders that would go where a restore doesn't write of its own accord; a
+// person can put them back.
+void UntickProtected(const ProtectedPlaces& places, RestoreSelection& selection);
+
+// The key of an extra folder: its name in the set, or its path below the root. Empty if there is none.
+WString ExtraFolderKey(const RestoreRoot& root, const RestoreFolderRow& row);
+
+// Writes the selection in the order of the format. The sections RTBackupUsers and RTExtraFolders (or
+// RTExtraFolders2, for another installation, with SkipAttributes behind it) are made anew. Ticked rows
+// that can't be written as a key are added to `leftOut`.
+void WriteRestoreSelection(IniDocument& document, const RestoreRoot& root, const RestoreSelection& selection,
+                           WStringArray* leftOut = nullptr);
+
+// The trees of one row, ticked or not, for the bits of `mask`. The account counts as in ListRestoreRun.
+void ListRestoreRow(const RestoreRoot& root, const RestoreUserRow& row, uint32_t mask,
+                    const ProtectedPlaces& places, RestoreTrees& found);
+
+// All trees of a run, to be looked at beforehand. An account that is to be made counts with the folders
+// that a new profile has. Accounts that can't be found are passed over.
+std::vector<RunTree> ListRestoreRun(const RestoreRoot& root, const RestoreSelection& selection,
+                                    const ProtectedPlaces& places);
+
+// Where the profile of an account of this name would be made.
+WString NewProfilePath(const wchar_t* account);

@@ -1,0 +1,222 @@
+#include "operations/restore_trees.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <utility>
+
+#include "foundation/directory_enumerator.h"
+#include "operations/backup_set.h"
+#include "operations/path_queries.h"
+#include "operations/plain_path.h"
+#include "operations/run_overlap.h"
+#include "users/user_folders.h"
+
+namespace {
+
+constexpr wchar_t kFolderLocalAppDataLow[] = L"Local AppData Low";  // a name of this file's own
+constexpr double kFirstNewFolders = 6.0;                            // Windows Vista and later
+constexpr wchar_t kOldUsersFolder[] = L"Documents and Settings";
+constexpr int32_t kLongestShownPath = 300;  // a hive can hold any text
+constexpr wchar_t kNamedFolders[] =
+    L"|AppData|LocalAppData|Desktop|Documents|Downloads|Music|Pictures|Videos|Local Settings|Application "
+    L"Data|";
+
+bool Exists(const WString& path) { return PathAttributes(path.CStr()) != INVALID_FILE_ATTRIBUTES; }
+
+bool IsRealFolder(const WString& path) {
+  const DWORD attributes = PathAttributes(path.CStr());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) &&
+         !(attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+}
+
+struct DataSources {
+  WString roaming, local;
+};
+
+DataSources FindApplicationData(const RestoreRoot& root, const WString& user) {
+  const WString setRoaming = PathBelow(user, kAppDataFolder), setLocal = PathBelow(user, kLocalAppDataFolder);
+  if (root.isSet) return {setRoaming, setLocal};
+  const bool isOld = root.version < kFirstNewFolders;
+  DataSources found{PathBelow(user, isOld ? L"Application Data" : L"AppData\\Roaming"),
+                    PathBelow(user, isOld ? L"Local Settings\\Application Data" : L"AppData\\Local")};
+  // A root may hold a set instead of an installation.
+  if (IsRealFolder(setRoaming) && IsRealFolder(setLocal)) {
+    if (!Exists(found.roaming)) found.roaming = setRoaming;
+    if (!Exists(found.local)) found.local = setLocal;
+  }
+  return found;
+}
+
+struct PlaceOfFolder {
+  WString folder;
+  WString base;  // see RunTree::targetBase
+};
+
+// Where a folder of the account really lies. Whatever leads there may belong to the account, which could
+// turn it into a link under way; so the links of this moment are resolved, and none is followed after it.
+PlaceOfFolder HeldPlace(const WString& folder) {
+  PlaceOfFolder place;
+  place.folder = ResolveRealPath(folder.CStr());
+  if (place.folder.Length() < 4 || place.folder.buffer[1] != L':') return {folder, WString()};
+  place.base.AssignMid(place.folder.CStr(), 1, 3);
+  // A disk that is mounted in a folder keeps that folder in its paths.
+  for (int32_t at = 3; at < place.folder.Length(); at++) {
+    if (place.folder.buffer[at] != L'\\') continue;
+    WString step;
+    step.AssignMid(place.folder.CStr(), 1, at);
+    DirectoryEnumerator entry;
+    if (!entry.First(WString(step).AddLongPathPrefix().CStr(), 0)) break;
+    if (IsLink(entry.data)) place.base = step;
+  }
+  return place;
+}
+
+class TreeList {
+ public:
+  // The place of a folder of the target account; false if it has none.
+  using Place = std::function<bool(const wchar_t* logicalName, PlaceOfFolder& place)>;
+
+  TreeList(const RestoreRoot& root, const wchar_t* source, Place place, std::vector<RunTree>& trees)
+      : root_(root), user_(UserFolderInRoot(root, source)), place_(std::move(place)), trees_(trees) {}
+
+  void Add(uint32_t mask, const wchar_t* profile);
+
+ private:
+  RunTree Tree(const WString& source, const PlaceOfFolder& target) const;
+  void AddData();
+
+  const RestoreRoot& root_;
+  const WString user_;
+  const Place place_;
+  std::vector<RunTree>& trees_;
+};
+
+RunTree TreeList::Tree(const WString& source, const PlaceOfFolder& target) const {
+  RunTree tree;
+  tree.source = source;
+  tree.sourceBase = root_.folder;
+  tree.target = target.folder;
+  tree.targetBase = target.base;
+  return tree;
+}
+
+void TreeList::AddData() {
+  const DataSources data = FindApplicationData(root_, user_);
+  PlaceOfFolder target;
+  if (place_(kFolderAppData, target)) {
+    AddApplicationData(trees_, Tree(data.roaming, target), ApplicationData::kRoaming);
+  }
+  if (!place_(kFolderLocalAppData, target)) return;
+  AddApplicationData(trees_, Tree(data.local, target), ApplicationData::kLocal);
+  if (place_(kFolderLocalAppDataLow, target)) {
+    RunTree low = Tree(PathBelow(user_, L"AppData\\LocalLow"), target);
+    low.fast = true;
+    low.bit = kMaskAppData;
+    trees_.push_back(low);
+  }
+}
+
+void TreeList::Add(uint32_t mask, const wchar_t* profile) {
+  if (mask & kMaskAppData) AddData();
+  PlaceOfFolder target;
+  for (const FolderRow& row : kFolderRows) {
+    if (!(mask & row.bit) || row.bit == kMaskAppData || row.bit == kMaskOther) continue;
+    if (!place_(row.logicalName, target)) continue;
+    trees_.push_back(Tree(PathBelow(user_, row.setFolder), target));
+    trees_.back().bit = row.bit;
+  }
+  if (!(mask & kMaskOther)) return;
+  // The profile's owner may have put a link where one of them belongs.
+  RunTree others = Tree(user_, {WString(profile), WString(profile)});
+  others.bit = kMaskOther;
+  others.otherFolders = true;
+  trees_.push_back(others);
+}
+
+// The system names no folder for it; it lies beside the local application data.
+bool FindFolder(const RestoreTarget& target, const wchar_t* logicalName, WString& folder) {
+  const bool isLow = WString(logicalName) == kFolderLocalAppDataLow;
+  if (!GetUserFolder(target.sid.CStr(), isLow ? kFolderLocalAppData : logicalName, folder,
+                     target.profile.CStr()) ||
+      !IsAbsolutePath(folder)) {
+    return false;
+  }
+  if (isLow) folder.StripTrailingBackslashes().Append(L"Low");
+  return true;
+}
+
+// What a new profile has, by the logical names.
+const wchar_t* NewProfileFolder(const wchar_t* logicalName) {
+  const WString name(logicalName);
+  if (name == kFolderAppData) return L"AppData\\Roaming";
+  if (name == kFolderLocalAppData) return L"AppData\\Local";
+  if (name == kFolderLocalAppDataLow) return L"AppData\\LocalLow";
+  for (const FolderRow& row : kFolderRows) {
+    if (row.logicalName && name == row.logicalName) return row.setFolder;
+  }
+  return nullptr;
+}
+
+WString ProtectedLine(const wchar_t* sid, const wchar_t* value, const WString& folder,
+                      PlaceProtection protection) {
+  WString line;
+  WString shown(folder);
+  shown.Truncate(kLongestShownPath);
+  line.Concat(L"HKU\\", sid, L"\\...\\Shell Folders\\", value, L" = ", shown.CStr(), L", which ");
+  line.Append(ProtectionText(protection));
+  return line;
+}
+
+}  // namespace
+
+const wchar_t* UsersFolderName(const RestoreRoot& root) {
+  return !root.isSet && root.version < kFirstNewFolders ? kOldUsersFolder : kUsersFolder;
+}
+
+WString UserFolderInRoot(const RestoreRoot& root, const wchar_t* name) {
+  return PathBelow(PathBelow(root.folder, UsersFolderName(root)), name);
+}
+
+void ListRestoreTrees(const RestoreRoot& root, const wchar_t* source, const RestoreTarget& target,
+                      uint32_t mask, const ProtectedPlaces& places, RestoreTrees& trees) {
+  const auto place = [&](const wchar_t* logicalName, PlaceOfFolder& place) {
+    WString folder;
+    if (!FindFolder(target, logicalName, folder)) {
+      trees.notFound.Add(logicalName);
+      return false;
+    }
+    PlaceProtection protection = places.ProtectionOf(folder.CStr());
+    if (protection == PlaceProtection::kFree) {
+      place = HeldPlace(folder);
+      // Once more, since it may lead elsewhere by now.
+      protection = places.ProtectionOf(place.folder.CStr());
+    }
+    if (protection == PlaceProtection::kFree) return true;
+    trees.protectedPlaces.Add(ProtectedLine(target.sid.CStr(), logicalName, folder, protection).CStr());
+    return false;
+  };
+  TreeList(root, source, place, trees.trees).Add(mask, target.profile.CStr());
+}
+
+void ListNewAccountTrees(const RestoreRoot& root, const wchar_t* source, const wchar_t* profile,
+                         uint32_t mask, RestoreTrees& trees) {
+  const auto place = [&](const wchar_t* logicalName, PlaceOfFolder& place) {
+    const wchar_t* relative = NewProfileFolder(logicalName);
+    if (relative) place = {PathBelow(WString(profile), relative), WString()};
+    return relative != nullptr;
+  };
+  TreeList(root, source, place, trees.trees).Add(mask, profile);
+}
+
+bool ExtraFolderTree(const RestoreRoot& root, const wchar_t* key, const wchar_t* target, RunTree& tree) {
+  if (!IsPlainRelativePath(key) || !IsPlainFullPath(target)) return false;
+  if (root.isSet && !IsPlainName(WString(key))) return false;
+  const WString folder = root.isSet ? PathBelow(root.folder, kExtraFoldersFolder) : root.folder;
+  tree.source = PathBelow(folder, key);
+  tree.sourceBase = root.folder;
+  tree.target = target;
+  return true;
+}
+
+bool IsNamedRestoreFolder(const wchar_t* name) { return IsNameInBars(WString(kNamedFolders), name); }

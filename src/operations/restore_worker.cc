@@ -1,0 +1,204 @@
+// The restore worker: which account, and which of its folders, receives what.
+#include <windows.h>
+
+#include "core/app_object.h"
+#include "operations/copy_failure.h"
+#include "operations/copy_walk.h"
+#include "operations/document_keys.h"
+#include "operations/operation_context.h"
+#include "operations/path_queries.h"
+#include "operations/phase_runner.h"
+#include "operations/protected_places.h"
+#include "operations/restore_targets.h"
+#include "operations/restore_trees.h"
+#include "operations/run_overlap.h"
+#include "operations/status_lines.h"
+#include "users/account_creation.h"
+#include "users/account_facts.h"
+#include "users/account_lookup.h"
+#include "users/local_groups.h"
+#include "users/user_table.h"
+
+namespace {
+
+struct Entry {
+  WString key, value;
+};
+
+class RestoreWorker {
+ public:
+  explicit RestoreWorker(OperationContext& context)
+      : context_(context), document_(*context.document), runner_(context), places_(*LoadUserTable()) {
+    root_.folder = SetFolderOf(document_.path.CStr());
+    root_.isSet = context.kind == kRestoreOperation;
+    root_.version = context.sourceVersion;
+  }
+
+  int32_t Run() { return runner_.End(RunAll()); }
+
+ private:
+  // False if the run was stopped, here and below.
+  bool RunAll();
+  bool RunUsers(uint32_t mask);
+  bool RunUser(const Entry& entry, uint32_t mask);
+  bool RunExtraFolders(const wchar_t* section);
+
+  std::vector<Entry> ReadEntries(const wchar_t* section);
+  void AddTargetProfiles(const std::vector<Entry>& entries);
+  bool MakeAccount(const Entry& entry, const WString& account);
+  bool HasSource(const WString& source);
+  bool MayBeAdministrator(const WString& source) const;
+  void ReportFolders(const RestoreTrees& trees, const WString& account);
+  bool IsOverlapping(const std::vector<RunTree>& trees);
+
+  OperationContext& context_;
+  IniDocument& document_;
+  PhaseRunner runner_;
+  ProtectedPlaces places_;
+  RestoreRoot root_;
+};
+
+bool RestoreWorker::RunAll() {
+  context_.copyOptions = document_.GetNumber(kSettingsSection, kRestoreOptionsKey);
+  // A set holds what the backup let through, so that nothing of it is left out again.
+  if (root_.isSet) context_.attributeMask = 0;
+  const uint32_t mask = document_.GetNumber(kSettingsSection, kRestoreUserFoldersKey);
+  if (mask != 0 && !RunUsers(mask)) return false;
+  return !IsStopped(context_) &&
+         RunExtraFolders(root_.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection);
+}
+
+std::vector<Entry> RestoreWorker::ReadEntries(const wchar_t* section) {
+  std::vector<Entry> entries;
+  VisitKeys(document_, section, [&entries](const WString& key, const WString& value) {
+    entries.push_back({key, value});
+  });
+  return entries;
+}
+
+void RestoreWorker::AddTargetProfiles(const std::vector<Entry>& entries) {
+  for (const Entry& entry : entries) {
+    WString account, sid, profile;
+    IsToBeCreated(entry.value.CStr(), account);
+    if (GetAccountSidAndProfile(account.CStr(), sid, &profile)) places_.AddTargetProfile(profile.CStr());
+  }
+}
+
+bool RestoreWorker::RunUsers(uint32_t mask) {
+  const std::vector<Entry> entries = ReadEntries(kRestoreUsersSection);
+  AddTargetProfiles(entries);
+  for (const Entry& entry : entries) {
+    if (IsStopped(context_) || !RunUser(entry, mask)) return false;
+  }
+  return true;
+}
+
+bool RestoreWorker::RunUser(const Entry& entry, uint32_t mask) {
+  WString account;
+  if (!IsPlainName(entry.key)) {
+    ReportFailure(context_, kCannotFindProfile, entry.key.CStr(), ERROR_INVALID_NAME);
+    return true;
+  }
+  if (IsToBeCreated(entry.value.CStr(), account) && !MakeAccount(entry, account)) return true;
+  RestoreTarget target;
+  if (!GetAccountSidAndProfile(account.CStr(), target.sid, &target.profile)) {
+    ReportFailure(context_, kCannotFindProfile, account.CStr(), ERROR_NO_SUCH_USER);
+    return true;
+  }
+  places_.AddTargetProfile(target.profile.CStr());
+  if (!HasSource(entry.key)) return true;
+  RestoreTrees found;
+  ListRestoreTrees(root_, entry.key.CStr(), target, mask, places_, found);
+  ReportFolders(found, account);
+  if (IsOverlapping(found.trees)) return true;
+  return runner_.RunTrees(found.trees, IsNamedRestoreFolder);
+}
+
+// An account without a folder passes by without a word; one that is there and can't be looked at doesn't.
+bool RestoreWorker::HasSource(const WString& source) {
+  const WString folder = UserFolderInRoot(root_, source.CStr());
+  const DWORD attributes = PathAttributes(folder.CStr());
+  DWORD error = ERROR_DIRECTORY;
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    error = GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return false;
+  } else if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
+    return true;
+  }
+  ReportFailure(context_, kCannotReadDirectory, folder.CStr(), error);
+  return false;
+}
+
+bool RestoreWorker::MayBeAdministrator(const WString& source) const {
+  const WStringArray* allowed = context_.administrators;
+  for (uint32_t i = 0; allowed && i < allowed->count; i++) {
+    if ((*allowed)[i].EqualsNoCase(source)) return true;
+  }
+  return false;
+}
+
+// False if there can't be such an account. What else goes wrong shows when the account is looked up.
+bool RestoreWorker::MakeAccount(const Entry& entry, const WString& account) {
+  ShowAccountCreation(context_, entry.key.CStr(), account.CStr());
+  WString sid, profile;
+  if (GetAccountSidAndProfile(account.CStr(), sid)) {
+    // A run that was ended before this one may have got no further. A name can be that of a group, too.
+    AccountFacts facts;
+    const bool hasProfile = GetAccountSidAndProfile(account.CStr(), sid, &profile);
+    if (!hasProfile && GetAccountFacts(account.CStr(), facts)) CreateMissingProfile(account.CStr());
+    return true;
+  }
+  if (!IsPossibleAccountName(account)) {
+    ReportFailure(context_, kCannotCreateAccount, account.CStr(), ERROR_INVALID_ACCOUNT_NAME);
+    return false;
+  }
+  const WString value(document_.GetValue(kUsersSection, entry.key.CStr()));
+  AccountToCreate wanted = DescribeAccountToCreate(value.CStr(), account.CStr());
+  // The file may be a stranger's, and its word alone makes nobody an administrator.
+  if (wanted.type == kAdministratorAccount && !MayBeAdministrator(entry.key)) {
+    wanted.type = kStandardAccount;
+  }
+  CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr);
+  if (GetAccountSidAndProfile(account.CStr(), sid)) context_.createdAccounts.Add(account.CStr());
+  return true;
+}
+
+// A folder of the target account whose place nobody knows, or where a restore doesn't write.
+void RestoreWorker::ReportFolders(const RestoreTrees& trees, const WString& account) {
+  for (uint32_t i = 0; i < trees.notFound.count; i++) {
+    ReportFailure(context_, kCannotFindFolder, PathBelow(account, trees.notFound[i].CStr()).CStr(), NO_ERROR);
+  }
+  for (uint32_t i = 0; i < trees.protectedPlaces.count; i++) {
+    ReportFailure(context_, kProtectedFolder, trees.protectedPlaces[i].CStr(), NO_ERROR);
+  }
+}
+
+// Whoever starts a run looks at this, too; only here are the folders of a new account known.
+bool RestoreWorker::IsOverlapping(const std::vector<RunTree>& trees) {
+  WString source, target;
+  if (!FindOverlap(trees, source, target)) return false;
+  ReportFailure(context_, kSourceIsTarget, source.CStr(), NO_ERROR);
+  return true;
+}
+
+bool RestoreWorker::RunExtraFolders(const wchar_t* section) {
+  for (const Entry& entry : ReadEntries(section)) {
+    RunTree tree;
+    if (!ExtraFolderTree(root_, entry.key.CStr(), entry.value.CStr(), tree)) {
+      ReportFailure(context_, kCannotReadDirectory, entry.key.CStr(), ERROR_INVALID_NAME);
+    } else if (!IsOverlapping({tree})) {
+      runner_.RunOne(tree);
+    }
+    if (IsStopped(context_)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int32_t AppObject::RunRestoreWorker(OperationContext& context) {
+  if (!context.document) return 0;
+  // Of another installation the selection may be in memory alone, since its disk needn't be writable.
+  if (context.kind == kRestoreOperation && !IsFilePath(context.document->path.CStr())) return 0;
+  return RestoreWorker(context).Run();
+}

@@ -1,0 +1,126 @@
+#include "operations/source_discovery.h"
+
+#include <windows.h>
+
+#include "foundation/directory_enumerator.h"
+#include "operations/backup_set.h"
+#include "operations/installation_hive.h"
+#include "operations/path_queries.h"
+#include "operations/plain_path.h"
+#include "operations/restore_targets.h"
+
+namespace {
+
+constexpr double kOldestBelievable = 4.0;
+constexpr int kVisibleEntries = 4;
+// Folders beside the accounts' that belong to nobody.
+constexpr const wchar_t* kNobodysFolders[] = {L"Default", L"Default.migrated", L"Public"};
+
+WString WithoutBackslash(const wchar_t* path) {
+  WString text(path);
+  text.StripTrailingBackslashes();
+  return text;
+}
+
+WString Below(const WString& root, const wchar_t* relative) {
+  WString path;
+  path.Concat(root.CStr(), L"\\", relative);
+  return path;
+}
+
+// The pattern of a walk over a folder.
+WString EntriesOf(const WString& folder) {
+  WString pattern(folder);
+  pattern.AddLongPathPrefix();
+  pattern += L"\\*";
+  return pattern;
+}
+
+bool IsRealDirectory(const WString& path) {
+  const DWORD attributes = PathAttributes(path.CStr());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+         (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+}
+
+double VersionFromFolders(const WString& root) {
+  if (IsRealDirectory(Below(root, L"ProgramData\\Microsoft\\Windows"))) {
+    return IsRealDirectory(Below(root, L"ProgramData\\Microsoft\\Windows\\AppRepository")) ? 10.0 : 6.2;
+  }
+  if (IsRealDirectory(Below(root, L"Documents and Settings"))) return 5.1;
+  if (IsRealDirectory(Below(root, L"Users"))) return 6.1;
+  return 0.0;
+}
+
+bool IsNobodysFolder(const wchar_t* name) {
+  for (const wchar_t* other : kNobodysFolders) {
+    if (WString(name).EqualsNoCase(other)) return true;
+  }
+  return false;
+}
+
+void ScanUsers(const WString& root, double version, const UserTable& accounts, SourceScan& scan) {
+  const WString users = Below(root, version >= kFirstNewLayout ? L"Users" : L"Documents and Settings");
+  // On a newer Windows "Documents and Settings" is a junction, and it leads to the accounts of the machine
+  // that runs now.
+  if (!IsRealDirectory(users)) return;
+  DirectoryEnumerator folders;
+  for (bool found = folders.First(EntriesOf(users).CStr(), kSkipReparsePoints | kOnlyDirectories); found;
+       found = folders.Next()) {
+    const wchar_t* name = folders.data.cFileName;
+    if (IsNobodysFolder(name) || !IsPopulatedFolder(Below(users, name).CStr())) continue;
+    scan.users.Add(name);
+    scan.userTargets.Add(ChooseTargetByName(accounts, name).CStr());
+  }
+}
+
+// What an earlier run with this root left in its info file. A key that leads out of the root isn't
+// offered.
+void ScanExtraFolders(const WString& root, SourceScan& scan) {
+  const WString file = FindScannedInfoFile(root.CStr());
+  if (file.IsEmpty() || CheckInfoFile(file.CStr()) != InfoFileState::kReadable) return;
+  IniDocument document(file.CStr());
+  uint32_t first = 0, end = 0;
+  document.FindSection(kRestoreFromExtraFoldersSection, first, end);
+  if (first == 0) return;
+  WString key, target;
+  for (uint32_t line = document.NextKeyLine(first, end); line; line = document.NextKeyLine(line, end)) {
+    if (!document.ParseKeyLine(line, key, target) || !IsPlainRelativePath(key.CStr())) continue;
+    scan.extraFolders.Add(Below(root, key.CStr()).CStr());
+    scan.extraTargets.Add(target.CStr());
+  }
+}
+
+}  // namespace
+
+double GetInstallationVersion(const wchar_t* root) {
+  const WString folder = WithoutBackslash(root);
+  const double version = ReadHiveVersion(folder.CStr());
+  return version > kOldestBelievable ? version : VersionFromFolders(folder);
+}
+
+bool IsPopulatedFolder(const wchar_t* folder) {
+  int visible = 0;
+  DirectoryEnumerator entries;
+  for (bool found = entries.First(EntriesOf(WithoutBackslash(folder)).CStr(), kSkipReparsePoints); found;
+       found = entries.Next()) {
+    if (entries.data.dwFileAttributes & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM)) continue;
+    if (++visible == kVisibleEntries) return true;
+  }
+  return false;
+}
+
+bool IsUserProfileFolder(const wchar_t* folder) {
+  const WString profile = WithoutBackslash(folder);
+  return IsFilePath(Below(profile, L"ntuser.dat").CStr()) ||
+         IsFolderPath(Below(profile, L"AppData\\Local\\Microsoft").CStr());
+}
+
+void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan) {
+  const WString folder = WithoutBackslash(root);
+  scan.users.Clear();
+  scan.userTargets.Clear();
+  scan.extraFolders.Clear();
+  scan.extraTargets.Clear();
+  ScanUsers(folder, version, accounts, scan);
+  ScanExtraFolders(folder, scan);
+}

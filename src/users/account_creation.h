@@ -1,0 +1,20 @@
+// account_creation.h
+//
+// A new local account with a profile on the disk, so that files can be restored into it before anyone
+// has ever logged on.
+#pragma once
+#include <cstdint>
+
+#include "foundation/wstring.h"
+
+// Makes the account and its profile. `fullName` and `password` may be null or empty; `type` is an
+// AccountType. True if the account was added and a profile was made. An existing account isn't changed
+// in any way. An account whose profile failed stays. One that is made without a password has none in the
+// end; where the system refuses to take back the password of the program's own logon, the result is
+// false. Runs on the calling thread.
+bool CreateUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type, const wchar_t* password);
+
+// Makes the profile of an account that exists and has none: nobody has logged on to it yet, or its making
+// was cut short. In the system's own way only, since the other one would need the account's password. The
+// account itself isn't changed. False also if it has a profile already.
+bool CreateMissingProfile(const wchar_t* name);

@@ -1,0 +1,272 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "console_run.h"
+#include "operations/md5_name.h"
+#include "profile_file.h"
+#include "support/account_database.h"
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+std::string NameInSet(const std::string& path) {
+  WString name;
+  EXPECT_TRUE(Md5Name(Wide(path).CStr(), name));
+  return Utf8(name);
+}
+
+// A set that came from elsewhere, in the folder "set", and the accounts of this machine.
+struct Machine {
+  AccountPlace place;
+  TestPlace& files = place.files;
+  std::string accounts = "Anna=2|Anna Berg\r\nBob=1|Bob Okafor\r\nEve=1|Eve M\r\n";
+  std::string folders;
+
+  Machine() {
+    place.Add({.name = "Anna"});
+    place.Add({.name = "robert", .fullName = "Bob Okafor"});
+    files.File("set/Users/Anna/Documents/letter.txt", "dear");
+    files.File("set/Users/Bob/Desktop/note.txt", "hello");
+    files.File("set/Users/Bob/Music/song.mp3", "la");
+    files.File("set/Users/Eve/Documents/diary.txt", "today");
+    Save();
+  }
+
+  void Save() {
+    files.File("set/BackupInfo.grxsv", "[Users]\r\n" + accounts + "[ExtraFolders]\r\n" + folders);
+  }
+  void AddAccount(const std::string& line) {
+    accounts += line + "\r\n";
+    Save();
+  }
+  void AddFolder(const std::string& path) {
+    files.File("set/ExtraFolders/" + NameInSet(path) + "/plan.txt", "work");
+    folders += path + "=1\r\n";
+    Save();
+  }
+
+  std::string Path(const std::string& relative) const { return Utf8(place.files / relative); }
+  ConsoleRun Restore(std::vector<std::string> words) const {
+    words.insert(words.begin(), {"restore", Path("set"), "--log", Path("norvane.log")});
+    return Norvanectl(words);
+  }
+};
+
+// Where a restore may write, in both builds; no test does.
+constexpr char kFreeFolder[] = "C:\\Free place\\x";
+
+bool HasAccount(const std::string& name) {
+  KnownAccount account;
+  return LookAtAccount(name, account);
+}
+
+// The road as a whole: one account by name, one by its full name only, one made, a folder to its place.
+// Once more, and nothing may change.
+TEST(RestoreCommand, BringsASetToAnotherMachine) {
+  Machine machine;
+  machine.AddFolder(machine.Path("projects"));
+  // Named, because under Wine the place of a test lies in somebody's profile.
+  const ConsoleRun run = machine.Restore({"--extra", machine.Path("projects")});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(run.results,
+            "Successfully restored a backup named \"set\"\nThe account \"Eve\" was created without a "
+            "password.\n");
+  EXPECT_THAT(run.errors, AllOf(HasSubstr("\"Bob\" goes to the local account \"robert\""),
+                                HasSubstr("\"Eve\" will be made as a standard user, without a password")));
+  EXPECT_EQ(machine.files.Read("Users/Anna/Documents/letter.txt"), "dear");
+  EXPECT_EQ(machine.files.Read("Users/robert/Desktop/note.txt"), "hello");
+  EXPECT_EQ(ReadInProfile("Eve", "Documents/diary.txt"), "today");
+  EXPECT_EQ(machine.files.Read("projects/plan.txt"), "work");
+  EXPECT_EQ(machine.place.Known("Eve").fullName, "Eve M");
+
+  const std::vector<std::string> before = machine.files.List("Users");
+  const ConsoleRun again = machine.Restore({"--json"});
+  EXPECT_EQ(again.exitCode, 0) << again.errors;
+  EXPECT_EQ(again.Event("end")["files"], 0);
+  EXPECT_THAT(again.Event("end")["accountsCreated"], IsEmpty());
+  EXPECT_EQ(machine.files.List("Users"), before);
+}
+
+// Data in the wrong account's hands is worse than data that isn't restored.
+TEST(RestoreCommand, FollowsTheChoices) {
+  Machine machine;
+  machine.AddFolder(machine.Path("a"));
+  machine.AddFolder(machine.Path("b"));
+  machine.files.File("Users/robert/Documents/letter.txt", "own");
+  const ConsoleRun run = machine.Restore({"--map", "anna=ROBERT", "--create", "Bob=Bobby", "--skip", "EVE",
+                                          "--folders", "documents,music", "--no-extra", "--extra",
+                                          machine.Path("b") + "=" + machine.Path("c=d"), "--json"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.Event("end")["accountsCreated"], ElementsAre("Bobby"));
+  EXPECT_EQ(machine.files.Read("Users/robert/Documents/letter.txt"), "own");
+  EXPECT_EQ(ReadInProfile("Bobby", "Music/song.mp3"), "la");
+  EXPECT_EQ(machine.files.Read("c=d/plan.txt"), "work");
+  for (const char* path : {"Users/Anna/Documents/letter.txt", "a", "b"})
+    EXPECT_FALSE(machine.files.Exists(path)) << path;
+  EXPECT_EQ(ReadInProfile("Bobby", "Desktop/note.txt"), "(missing)");
+  EXPECT_FALSE(HasAccount("Eve"));
+  EXPECT_EQ(
+      machine.Restore({"--map", "Anna=robert", "--overwrite", "--skip", "Eve", "--skip", "Bob"}).exitCode, 0);
+  EXPECT_EQ(machine.files.Read("Users/robert/Documents/letter.txt"), "dear");
+}
+
+// An info file is anybody's, and its word alone makes nobody an administrator.
+TEST(RestoreCommand, MakesAdministratorsOnlyWhenAsked) {
+  for (const bool isAsked : {false, true}) {
+    Machine machine;
+    machine.AddAccount("Zoe=2|Zoe Z");
+    machine.files.Folder("set/Users/Zoe");
+    const ConsoleRun run =
+        machine.Restore(isAsked ? std::vector<std::string>{"--create", "Zoe"} : std::vector<std::string>{});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(machine.place.Known("Zoe").groups, ElementsAre(isAsked ? "Administrators" : "Users"));
+    EXPECT_FALSE(machine.place.Known("Zoe").hasPassword);
+    EXPECT_THAT(run.errors, HasSubstr(isAsked ? "\"Zoe\" will be made as an administrator"
+                                              : "give --create \"Zoe\" to make it one"));
+  }
+}
+
+// Where a path of the set leads to the system or nowhere, only a person's own word takes it.
+TEST(RestoreCommand, LeavesProtectedPlacesAlone) {
+  Machine machine;
+  const std::vector<std::string> evil = {"C:\\Windows\\evil", "C:\\", "..\\evil", "C:\\Users"};
+  for (const std::string& path : evil) machine.AddFolder(path);
+  const ConsoleRun run = machine.Restore({"--skip", "Eve"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  for (const std::string& path : evil) {
+    EXPECT_THAT(run.errors, HasSubstr("The folder \"" + path + "\" isn't restored, because")) << path;
+  }
+  EXPECT_THAT(run.errors, HasSubstr("--extra PATH=TARGET"));
+  EXPECT_NE(GetFileAttributesW(L"C:\\Windows"), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(GetFileAttributesW(L"C:\\Windows\\evil"), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(machine.Restore({"--no-extra", "--extra", "..\\evil=" + machine.Path("taken")}).exitCode, 0);
+  EXPECT_TRUE(machine.files.Exists("taken/plan.txt"));
+  machine.AddFolder(kFreeFolder);
+  const ConsoleRun dry = machine.Restore({"--dry-run", "--json", "--folders", "videos"});
+  EXPECT_EQ(dry.Event("phase")["target"], kFreeFolder) << "it was left out with the others";
+  EXPECT_EQ(dry.Event("end")["entries"], 1);
+  const nlohmann::json phase =
+      machine.Restore({"--dry-run", "--json", "--folders", "videos", "--no-extra", "--extra", evil[0]})
+          .Event("phase");
+  EXPECT_EQ(phase["target"], evil[0]);
+}
+
+// One account that can't be there must not cost the others their data, nor pass without a word.
+TEST(RestoreCommand, GoesOnWithoutAnImpossibleAccount) {
+  Machine machine;
+  const std::string name = "a name of more than twenty units";
+  machine.AddAccount(name + "=1|x");
+  machine.files.File("set/Users/" + name + "/Documents/x");
+  const ConsoleRun run = machine.Restore({"--json"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, HasSubstr("\"" + name + "\" was left out"));
+  EXPECT_EQ(run.Event("end")["failures"], 1);
+  EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
+  EXPECT_EQ(machine.Restore({"--create", name + "=Short"}).exitCode, 0);
+  EXPECT_EQ(ReadInProfile("Short", "Documents/x"), "x");
+}
+
+TEST(RestoreCommand, ADryRunChangesNothing) {
+  Machine machine;
+  machine.AddFolder(kFreeFolder);
+  const std::vector<std::string> before = machine.files.List();
+  const std::string info = machine.files.Read("set/BackupInfo.grxsv");
+  const ConsoleRun run = machine.Restore({"--dry-run"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.results, AllOf(HasSubstr("Bob -> robert\n"), HasSubstr("Eve -> Eve (a new account)\n"),
+                                 HasSubstr(machine.Path("set/Users/Eve/Documents") + ": 1 entry, 5 B"),
+                                 HasSubstr("In all 5 entries, 20 B. Nothing was changed.")));
+  const ConsoleRun json = machine.Restore({"--dry-run", "--json"});
+  EXPECT_THAT(json.Event("end")["accountsToCreate"], ElementsAre("Eve"));
+  EXPECT_FALSE(HasAccount("Eve"));
+  EXPECT_EQ(machine.files.List(), before);
+  EXPECT_EQ(machine.files.Read("set/BackupInfo.grxsv"), info);
+}
+
+// A set on a disk that can't be written is restored like any other.
+TEST(RestoreCommand, RestoresASetThatCannotBeWritten) {
+  Machine machine;
+  SetAttributes((machine.files / "set/BackupInfo.grxsv").CStr(), FILE_ATTRIBUTE_READONLY);
+  const ConsoleRun run = machine.Restore({"--folders", "documents"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.errors, HasSubstr("can't be kept in \"" + machine.Path("set/BackupInfo.grxsv") + "\""));
+  EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
+  EXPECT_THAT(machine.files.Read("set/BackupInfo.grxsv"), Not(HasSubstr("RT")));
+}
+
+TEST(RestoreCommand, RefusesBadInputBeforeAnythingIsMade) {
+  Machine machine;
+  machine.AddFolder(machine.Path("a"));
+  machine.files.File("empty/BackupInfo.nvsav", "");
+  machine.files.File("binary/BackupInfo.nvsav", std::string("\0\1\2", 3));
+  machine.files.File("inside/BackupInfo.nvsav", "[ExtraFolders]\r\n" + machine.Path("inside") + "=1\r\n");
+  machine.files.File("inside/ExtraFolders/" + NameInSet(machine.Path("inside")) + "/x");
+  struct Case {
+    std::vector<std::string> words;
+    int exitCode;
+    const char* part;
+  };
+  const std::string a = machine.Path("a");
+  const Case cases[] = {
+      {{"--map", "Nobody=Anna"}, 4, "holds no data of an account \"Nobody\"; there are \"Anna\", \"Bob\""},
+      {{"--map", "Bob=Nobody"}, 4, "--create \"Bob=Nobody\" makes one"},
+      {{"--map", "Bob=Administrators"}, 4, "no local account \"Administrators\""},
+      {{"--map", "Bob=x <create>"}, 4, "no local account \"x <create>\""},
+      {{"--map", "Bob"}, 2, "--map needs two names"},
+      {{"--map", "=Bob"}, 2, "--map needs two names"},
+      {{"--create", "Bob=Anna"}, 4, "give --map \"Bob=Anna\""},
+      {{"--create", "Eve=a/b"}, 4, "\"a/b\" can't be the name of an account"},
+      {{"--create", "Eve=..."}, 4, "can't be the name"},
+      {{"--create", "Eve=a name of 21 letters!"}, 4, "can't be the name"},
+      {{"--create", "Nobody"}, 4, "\"Nobody\""},
+      {{"--create", "Eve="}, 2, "--create needs a name"},
+      {{"--skip", "Nobody"}, 4, "\"Nobody\""},
+      {{"--skip", "Eve", "--map", "eve=Anna"}, 2, "more than one of --map, --create and --skip"},
+      {{"--map", "Eve=Anna", "--map", "Eve=robert"}, 2, "more than one of"},
+      {{"--skip", "Anna", "--skip", "Bob", "--skip", "Eve", "--no-extra"}, 4, "Nothing is left to restore"},
+      {{"--folders", "docs"}, 2, "\"docs\" is no folder"},
+      {{"--extra", machine.Path("none")}, 4, "holds no additional folder"},
+      {{"--extra", a + "=relative"}, 4, "which is no full path of a folder"},
+      {{"--extra", a + "="}, 4, "which is no full path of a folder"},
+      {{"--extra", a + "=C:\\x:stream"}, 4, "which is no full path"},
+      {{"--extra", a, "--extra", a + "=" + machine.Path("b")}, 2, "more than one --extra"},
+      {{"--extra", a + "=" + machine.Path("set/Users/Anna/x")},
+       4,
+       "this restore writes to are the same or lie one"},
+      {{"--extra", a + "=" + machine.Path("")}, 4, "this restore writes to are the same or lie one"},
+  };
+  const std::vector<std::string> before = machine.files.List();
+  for (const Case& c : cases) {
+    for (const bool isDry : {false, true}) {
+      std::vector<std::string> words = c.words;
+      if (isDry) words.push_back("--dry-run");
+      const ConsoleRun run = machine.Restore(words);
+      EXPECT_EQ(run.exitCode, c.exitCode) << c.part << "\n" << run.errors;
+      EXPECT_THAT(run.errors, HasSubstr(c.part));
+      EXPECT_EQ(run.results, "") << c.part;
+    }
+  }
+  const std::string inside = machine.Path("inside");
+  const std::pair<std::vector<std::string>, const char*> sets[] = {
+      {{machine.Path("none")}, "does not exist"},
+      {{machine.Path("set/Users")}, "does not exist"},
+      {{machine.Path("empty")}, "holds no account"},
+      {{machine.Path("binary")}, "holds no text"},
+      {{inside, "--extra", inside}, "lie one inside the other"}};
+  for (auto [words, part] : sets) {
+    words.insert(words.begin(), {"restore", "--log", machine.Path("norvane.log")});
+    const ConsoleRun run = Norvanectl(words);
+    EXPECT_EQ(run.exitCode, 4) << part << run.errors;
+    EXPECT_THAT(run.errors, HasSubstr(part));
+  }
+  EXPECT_EQ(machine.files.List(), before);
+  EXPECT_FALSE(HasAccount("Eve"));
+}
+
+}  // namespace

@@ -1,0 +1,170 @@
+#include "operations/restore_selection.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "operations/md5_name.h"
+#include "support/account_place.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+std::string NameInSet(const WString& path) {
+  WString name;
+  EXPECT_TRUE(Md5Name(path.CStr(), name));
+  return Utf8(name);
+}
+
+std::vector<std::string> Users(const RestoreSelection& selection) {
+  std::vector<std::string> rows;
+  for (const RestoreUserRow& row : selection.users) {
+    rows.push_back(Utf8(row.source) + " > " + Utf8(row.target) + (row.isTicked ? "" : " -"));
+  }
+  return rows;
+}
+
+std::vector<std::string> Folders(const RestoreSelection& selection) {
+  std::vector<std::string> rows;
+  for (const RestoreFolderRow& row : selection.extraFolders) {
+    rows.push_back(Utf8(row.source) + " > " + Utf8(row.target) + (row.isTicked ? "" : " -"));
+  }
+  return rows;
+}
+
+// A row for what isn't there, two for one folder, or one that leads out of the set.
+TEST(RestoreSelection, OffersWhatTheSetHolds) {
+  AccountPlace machine;
+  machine.Add({.name = "anna"});
+  machine.Add({.name = "Carl", .fullName = "Bob Berg"});
+  for (const char* folder : {"set/Users/Anna", "set/Users/Bob", "set/Users/Eve", "set/Users/Änne", "outside"})
+    machine.files.Folder(folder);
+  machine.files.File("set/Users/file");
+  machine.files.Folder("set/ExtraFolders/" + NameInSet(L"D:\\Data"));
+  IniDocument document;
+  const std::pair<const char*, const char*> users[] = {
+      {"Anna", "2|Anna A"}, {"Bob", "1|Bob Berg"},      {"Gone", "1|x"},      {"file", "1|x"},
+      {"..", "1|x"},        {"..\\..\\outside", "1|x"}, {"Eve", "Eve Adams"}, {"Änne", "1|"}};
+  for (const auto& [name, value] : users) document.SetValue(L"Users", Wide(name).CStr(), Wide(value).CStr());
+  for (const char* again : {"ANNA=2|x", "Anna=1|y", "änne=1|x", "Anna.=1|x"})
+    document.lines.Add(Wide(again).CStr());
+  document.SetValue(L"ExtraFolders", L"D:\\Data", L"1");
+  document.SetValue(L"ExtraFolders", L"D:\\Gone", L"1");
+  document.lines.Add(L"D:\\Data=0");
+  RestoreSelection selection;
+  selection.users.resize(3);
+  ReadSetRows(document, {machine.files / "set", true, 0.0}, *LoadUserTable(), selection);
+  EXPECT_THAT(Users(selection),
+              ElementsAre("Anna > anna", "Bob > Carl", "Eve > Eve <create>", "Änne > Änne <create>"));
+  EXPECT_THAT(Folders(selection), ElementsAre("D:\\Data > D:\\Data"));
+}
+
+// A selection of an earlier run that still counts, or one that the worker can't find.
+TEST(RestoreSelection, IsWrittenAnew) {
+  IniDocument document;
+  document.SetValue(L"Settings", L"UserFolders", L"255");
+  document.SetValue(L"RTBackupUsers", L"Old", L"Old");
+  document.SetValue(L"RTExtraFolders", L"OLD", L"C:\\old");
+  document.SetValue(L"RTExtraFolders2", L"Other", L"C:\\other");
+  RestoreSelection selection;
+  selection.users = {{L"Anna", L"Bob", true}, {L"Eve", L"Eve <create>", true}, {L"Carl", L"Carl", false}};
+  selection.extraFolders = {{L"D:\\Data", L"E:\\Data", true}, {L"D:\\More", L"E:\\More", false}};
+  selection.folderMask = 0x184;
+  WriteRestoreSelection(document, {L"C:\\set", true, 0.0}, selection);
+  EXPECT_EQ(Utf8(document.BuildText()),
+            "[Settings]\r\nUserFolders=255\r\nRTUserFolders=132\r\nRTBackupOptions=2\r\n"
+            "[RTExtraFolders2]\r\nOther=C:\\other\r\n"
+            "[RTBackupUsers]\r\nAnna=Bob\r\nEve=Eve <create>\r\n"
+            "[RTExtraFolders]\r\n" +
+                NameInSet(L"D:\\Data") + "=E:\\Data\r\n");
+
+  selection.onlyMissing = false;
+  selection.users.clear();
+  selection.extraFolders = {{L"E:\\Data\\x", L"C:\\x", true}};
+  WriteRestoreSelection(document, {L"E:", false, 10.0}, selection);
+  EXPECT_STREQ(document.GetValue(L"RTExtraFolders2", L"Data\\x"), L"C:\\x");
+  EXPECT_STREQ(document.GetValue(L"RTExtraFolders2", L"Other", L"gone"), L"gone");
+  EXPECT_STREQ(document.GetValue(L"RTBackupUsers", L"Anna", L"gone"), L"gone");
+  EXPECT_STREQ(document.GetValue(L"Settings", L"RTBackupOptions"), L"0");
+  EXPECT_STREQ(document.GetValue(L"Settings", L"SkipAttributes"), L"6");
+}
+
+// A row that a line of the file would change into something else.
+TEST(RestoreSelection, TellsWhatItCannotWrite) {
+  IniDocument document;
+  RestoreSelection selection;
+  for (const wchar_t* name : {L"a=b", L"[x]", L";x", L"", L" x", L"a\r\n[Settings]"})
+    selection.users.push_back({name, L"Bob", true});
+  selection.users.push_back({L"Anna", L"B=b", true});
+  selection.users.push_back({L"a=c", L"Bob", false});
+  selection.extraFolders = {{L"E:\\Data=x", L"C:\\x", true}, {L"D:\\Data", L"C:\\x", true},
+                            {L"E:\\..\\x", L"C:\\x", true},  {L"E:\\Data", L"x", true},
+                            {L"E:\\", L"C:\\x", true},       {L"E:\\Data", L"C:\\x", true}};
+  WStringArray leftOut;
+  WriteRestoreSelection(document, {L"E:", false, 10.0}, selection, &leftOut);
+  EXPECT_EQ(leftOut.count, 12u);
+  EXPECT_THAT(Utf8(document.BuildText()), testing::HasSubstr("[RTExtraFolders2]\r\nData=C:\\x\r\n"));
+  EXPECT_THAT(Utf8(document.BuildText()), testing::Not(testing::HasSubstr("[RTBackupUsers]")));
+}
+
+// The name of an extra folder is that of the place as the backup spelled it.
+TEST(RestoreSelection, KnowsTheKeyOfAnExtraFolder) {
+  const RestoreRoot set{L"C:\\set", true, 0.0};
+  EXPECT_NE(Utf8(ExtraFolderKey(set, {L"D:\\Data", L"", true})),
+            Utf8(ExtraFolderKey(set, {L"d:\\data", L"", true})));
+  struct {
+    const wchar_t* root;
+    const wchar_t* source;
+    const char* key;
+  } cases[] = {{L"E:", L"E:\\Data", "Data"},          {L"E:\\", L"e:\\Data\\x", "Data\\x"},
+               {L"E:\\old", L"E:\\OLD\\x", "x"},      {L"E:\\old", L"E:\\older\\x", ""},
+               {L"E:\\old", L"E:\\old", ""},          {L"E:\\old", L"D:\\x", ""},
+               {L"\\\\srv\\a", L"\\\\SRV\\a\\b", "b"}};
+  for (const auto& test : cases) {
+    EXPECT_EQ(Utf8(ExtraFolderKey({test.root, false, 10.0}, {test.source, L"", true})), test.key);
+  }
+}
+
+// A stranger's set that puts a folder back over the system without anybody's word.
+TEST(RestoreSelection, UnticksExtraFoldersThatGoToProtectedPlaces) {
+  AccountPlace machine;
+  machine.Add({.name = "Anna"});
+  machine.Add({.name = "Bob"});
+  RestoreSelection selection;
+  selection.users = {{L"Anna", L"anna", true}, {L"Bob", L"Bob", false}, {L"x", L"Nobody", true}};
+  const std::string anna = Utf8(machine.Profile("Anna")), bob = Utf8(machine.Profile("Bob"));
+  for (const std::string& target : {anna + "\\x", bob + "\\x", Utf8(machine.files / "x"), std::string("x")})
+    selection.extraFolders.push_back({L"D:\\x", Wide(target), true});
+  ProtectedPlaces places(*LoadUserTable());
+  AddTargetProfiles(selection, places);
+  UntickProtected(places, selection);
+  std::string ticks;
+  for (const RestoreFolderRow& row : selection.extraFolders) ticks += row.isTicked ? "+" : "-";
+  EXPECT_EQ(ticks, "+-+-");
+}
+
+// A tree that nobody has looked at before it runs.
+TEST(RestoreSelection, ListsAllTreesOfTheRun) {
+  AccountPlace machine;
+  machine.Add({.name = "Anna"});
+  RestoreSelection selection;
+  selection.folderMask = kMaskMusic | kMaskOther;
+  selection.users = {
+      {L"A", L"Anna", true}, {L"B", L"New <create>", true}, {L"C", L"Nobody", true}, {L"D", L"Anna", false}};
+  selection.extraFolders = {{L"D:\\x", L"E:\\x", true}, {L"D:\\y", L"E:\\y", false}};
+  ProtectedPlaces places(*LoadUserTable());
+  AddTargetProfiles(selection, places);
+  std::vector<std::string> rows;
+  for (const RunTree& tree : ListRestoreRun({L"C:\\set", true, 0.0}, selection, places)) {
+    rows.push_back(Utf8(tree.source) + " > " + Utf8(tree.target));
+  }
+  const std::string made = Utf8(NewProfilePath(L"New"));
+  EXPECT_THAT(made, testing::EndsWith("\\New"));
+  EXPECT_THAT(rows,
+              ElementsAre("C:\\set\\Users\\A\\Music > " + Utf8(machine.Profile("Anna")) + "\\Music",
+                          "C:\\set\\Users\\A > " + Utf8(machine.Profile("Anna")),
+                          "C:\\set\\Users\\B\\Music > " + made + "\\Music", "C:\\set\\Users\\B > " + made,
+                          "C:\\set\\ExtraFolders\\" + NameInSet(L"D:\\x") + " > E:\\x"));
+}
+
+}  // namespace

@@ -1,0 +1,268 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/operation_run.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+std::vector<std::string> FilesOf(OperationRun& run, const std::string& folder) {
+  std::vector<std::string> files;
+  for (const std::string& path : run.files.List(folder)) {
+    const bool isFolder = Attributes((run.files / (folder + "/" + path)).CStr()) & FILE_ATTRIBUTE_DIRECTORY;
+    if (!isFolder && path.find("NTUSER") == std::string::npos) files.push_back(path);
+  }
+  return files;
+}
+
+// The whole of a set: each folder in the place that the target's hive names, nothing twice, nothing else.
+TEST(RestoreWorker, BringsASetBack) {
+  RestoreRun run;
+  std::vector<TestValue> hive = run.machine.UsualFolders("Bob");
+  hive[5].text = Utf8(run.files / "Songs");
+  run.machine.Add({.name = "Bob", .hive = hive});
+  for (const char* file :
+       {"AppData/a", "AppData/Microsoft/Windows/SendTo/b", "AppData/Microsoft/Windows/Recent/no",
+        "AppData/Packages/no", "AppData/LocalLow/low", "LocalAppData/c",
+        "LocalAppData/Microsoft/Windows/Themes/d", "Desktop/e", "Documents/f", "Downloads/g", "Music/h",
+        "Pictures/i", "Videos/j", "Contacts/k", "Music2/l", "Local Settings/no", "Application Data/no",
+        "loose file"}) {
+    run.files.File(std::string("set/Users/Anna/") + file, file);
+  }
+  run.files.File("set/ExtraFolders/ABC/sub/x", "extra");
+  run.Select(255, {{"Anna", "Bob"}});
+  run.SelectExtra("ABC", run.files / "back/deep");
+  EXPECT_GE(run.Run(), 12);
+  EXPECT_EQ(run.context->outcome, OperationOutcome::kComplete);
+  EXPECT_EQ(run.context->failures, 0) << testing::PrintToString(run.told);
+  EXPECT_THAT(FilesOf(run, "Users/Bob"),
+              ElementsAre("AppData/Local/Microsoft/Windows/Themes/d", "AppData/Local/c",
+                          "AppData/LocalLow/low", "AppData/Roaming/LocalLow/low",
+                          "AppData/Roaming/Microsoft/Windows/SendTo/b", "AppData/Roaming/a", "Contacts/k",
+                          "Desktop/e", "Documents/f", "Downloads/g", "Music2/l", "Pictures/i", "Videos/j"));
+  EXPECT_THAT(FilesOf(run, "Songs"), ElementsAre("h"));
+  EXPECT_EQ(run.files.Read("back/deep/sub/x"), "extra");
+  EXPECT_THAT(FilesOf(run, "Users"), Not(Contains(HasSubstr("loose"))));
+}
+
+// Without this, data of an old disk goes nowhere, or a new one is read at the place of the old.
+TEST(RestoreWorker, ReadsBothLayoutsOfAnInstallation) {
+  for (const double version : {5.1, 10.0}) {
+    RestoreRun run(false, version);
+    run.machine.Add({.name = "Bob"});
+    run.files.File("old/Documents and Settings/Anna/Application Data/old roaming");
+    run.files.File("old/Documents and Settings/Anna/Local Settings/Application Data/old local");
+    run.files.File("old/Users/Anna/AppData/Roaming/new roaming");
+    run.files.File("old/Users/Anna/AppData/Local/new local");
+    run.files.File("old/Users/Anna/AppData/LocalLow/new low");
+    run.files.File("old/Data/Work/x");
+    run.files.File("old/ExtraFolders/ABC/no");
+    run.Select(1, {{"Anna", "Bob"}});
+    run.SelectExtra("Data\\Work", run.files / "back");
+    run.document.SetValue(L"RTExtraFolders", L"ABC", (run.files / "no").CStr());
+    run.Run();
+    EXPECT_EQ(run.context->failures, 0) << testing::PrintToString(run.told);
+    const std::vector<std::string> old = {"AppData/Local/old local", "AppData/Roaming/old roaming"};
+    const std::vector<std::string> now = {"AppData/Local/new local", "AppData/LocalLow/new low",
+                                          "AppData/Roaming/new roaming"};
+    EXPECT_EQ(FilesOf(run, "Users/Bob"), version < 6 ? old : now);
+    EXPECT_TRUE(run.files.Exists("back/x"));
+    EXPECT_FALSE(run.files.Exists("no")) << "a section of another kind of run";
+  }
+}
+
+TEST(RestoreWorker, FollowsTheMask) {
+  const struct {
+    uint32_t mask;
+    std::vector<std::string> files;
+  } cases[] = {{0, {}},      {2, {"Desktop/b"}},        {16, {"Music/c"}}, {128, {"Contacts/d", "Music2/e"}},
+               {0xff00, {}}, {1, {"AppData/Roaming/a"}}};
+  for (const auto& test : cases) {
+    RestoreRun run;
+    run.machine.Add({.name = "Bob"});
+    for (const char* file :
+         {"AppData/a", "Desktop/b", "Music/c", "Contacts/d", "Music2/e", "Local Settings/f"})
+      run.files.File(std::string("set/Users/Anna/") + file);
+    run.files.File("set/ExtraFolders/ABC/x");
+    run.Select(test.mask, {{"Anna", "Bob"}});
+    run.SelectExtra("ABC", run.files / "back");
+    run.Run();
+    EXPECT_EQ(FilesOf(run, "Users/Bob"), test.files) << test.mask;
+    EXPECT_TRUE(run.files.Exists("back/x")) << test.mask;
+  }
+}
+
+// The default must not touch what is there, and --overwrite must.
+TEST(RestoreWorker, OverwritesOnlyWhenAsked) {
+  for (const bool onlyMissing : {true, false}) {
+    RestoreRun run;
+    run.machine.Add({.name = "Bob"});
+    run.files.File("set/Users/Anna/Documents/a", "of the set");
+    run.files.File("set/Users/Anna/Documents/b", "of the set");
+    run.files.File("Users/Bob/Documents/a", "newer work");
+    run.files.File("Users/Bob/Documents/own");
+    SetAttributes((run.files / "set/Users/Anna/Documents/b").CStr(), FILE_ATTRIBUTE_HIDDEN);
+    run.Select(4, {{"Anna", "Bob"}});
+    if (onlyMissing) run.OnlyMissing();
+    run.context->attributeMask = 6;
+    run.Run();
+    EXPECT_EQ(run.files.Read("Users/Bob/Documents/a"), onlyMissing ? "newer work" : "of the set");
+    EXPECT_EQ(run.files.Read("Users/Bob/Documents/b"), "of the set") << "a set is brought back whole";
+    EXPECT_TRUE(run.files.Exists("Users/Bob/Documents/own"));
+    EXPECT_EQ(run.context->copyOptions, onlyMissing ? 2u : 0u);
+  }
+}
+
+// The choice to skip hidden and system files of another installation that is made and has no effect.
+TEST(RestoreWorker, LeavesOutHiddenFilesOfAnInstallationWhenAsked) {
+  for (const uint32_t mask : {0, 2, 4, 6}) {
+    RestoreRun run(false);
+    run.machine.Add({.name = "Bob"});
+    SetAttributes(run.files.File("old/Users/Anna/Music/hidden").CStr(), FILE_ATTRIBUTE_HIDDEN);
+    SetAttributes(run.files.File("old/Users/Anna/Music/system").CStr(), FILE_ATTRIBUTE_SYSTEM);
+    run.Select(16, {{"Anna", "Bob"}});
+    run.context->attributeMask = mask;
+    run.Run();
+    EXPECT_EQ(run.files.Exists("Users/Bob/Music/hidden"), !(mask & 2)) << mask;
+    EXPECT_EQ(run.files.Exists("Users/Bob/Music/system"), !(mask & 4)) << mask;
+  }
+}
+
+// One entry of a file, and none of the others, comes to grief; each is named.
+TEST(RestoreWorker, TellsOfEntriesThatLeadNowhere) {
+  RestoreRun run;
+  run.machine.Add({.name = "Bob"});
+  run.machine.Add({.name = "Nohive", .hasHive = false});
+  run.files.File("set/Users/Anna/Music/song");
+  run.files.File("outside/Music/secret");
+  run.files.File("set/ExtraFolders/ABC/x");
+  run.Select(16, {{"Gone", "Bob"},
+                  {"..\\..\\outside", "Bob"},
+                  {"Anna ", "Bob"},
+                  {"Lost", "Nobody"},
+                  {"Anna", "Nohive"},
+                  {"anna", "Bob"},
+                  {"Other", "a\\b <create>"}});
+  run.SelectExtra("ABC", Wide("relative"));
+  run.SelectExtra("..", run.files / "back");
+  run.SelectExtra("GONE", run.files / "back");
+  run.Run();
+  EXPECT_EQ(run.context->outcome, OperationOutcome::kFailures);
+  EXPECT_THAT(run.told, AllOf(Contains("Error! Could not get profile path for user: ..\\..\\outside"),
+                              Contains("Error! Could not get profile path for user: Nobody"),
+                              Contains("Error! Could not find user folder: Nohive\\My Music"),
+                              Contains("Error! Could not create user account: a\\b"),
+                              Contains("Error! Could not read source directory: .."),
+                              Contains("Error! Could not read source directory: ABC")));
+  EXPECT_EQ(run.context->failures, 6) << testing::PrintToString(run.told);
+  EXPECT_FALSE(run.files.Exists("back"));
+  EXPECT_THAT(run.files.List("Users/Bob/Music"), ElementsAre("song"));
+}
+
+// Two accounts of the set in one: both are there, and the first one's files stay.
+TEST(RestoreWorker, PutsTwoAccountsIntoOne) {
+  RestoreRun run;
+  run.machine.Add({.name = "Bob"});
+  run.files.File("set/Users/Anna/Music/a", "first");
+  run.files.File("set/Users/Eve/Music/a", "second");
+  run.files.File("set/Users/Eve/Music/b");
+  run.Select(16, {{"Anna", "Bob"}, {"Eve", "bob"}});
+  run.OnlyMissing();
+  run.Run();
+  EXPECT_EQ(run.files.Read("Users/Bob/Music/a"), "first");
+  EXPECT_TRUE(run.files.Exists("Users/Bob/Music/b"));
+}
+
+// A file in a folder's place, in the set and at the target: told, and all else goes on.
+TEST(RestoreWorker, TellsOfFilesInThePlaceOfFolders) {
+  RestoreRun run;
+  run.machine.Add({.name = "Bob"});
+  run.files.File("set/Users/Anna/Music", "a file");
+  run.files.File("set/Users/Anna/Contacts/a");
+  run.files.File("set/Users/Anna/Documents/sub/a");
+  run.files.File("set/Users/Anna/Documents/b");
+  run.files.File("set/Users/Anna/AppData/a");
+  run.files.File("set/Users/Anna/AppData/Microsoft", "a file");
+  run.files.File("set/ExtraFolders/ABC", "a file");
+  run.files.File("set/ExtraFolders/DEF/x");
+  run.files.File("Users/Bob/Contacts", "a file");
+  run.files.File("Users/Bob/Documents/sub", "a file");
+  run.files.File("back", "a file");
+  run.Select(255, {{"Anna", "Bob"}});
+  run.SelectExtra("ABC", run.files / "x");
+  run.SelectExtra("DEF", run.files / "back");
+  run.Run();
+  EXPECT_EQ(run.context->outcome, OperationOutcome::kFailures);
+  EXPECT_THAT(run.told,
+              AllOf(Contains("Error! Could not read source directory: ~\\set\\Users\\Anna\\Music"),
+                    Contains("Error! Could not create destination directory: ~\\Users\\Bob\\Contacts"),
+                    Contains("Error! Could not create destination directory: ~\\Users\\Bob\\Documents\\sub"),
+                    Contains("Error! Could not read source directory: ~\\set\\ExtraFolders\\ABC"),
+                    Contains("Error! Could not create destination directory: ~\\back")));
+  EXPECT_EQ(run.files.Read("Users/Bob/Contacts"), "a file");
+  EXPECT_EQ(run.files.Read("back"), "a file");
+  EXPECT_TRUE(run.files.Exists("Users/Bob/Documents/b"));
+  EXPECT_TRUE(run.files.Exists("Users/Bob/AppData/Roaming/a"));
+}
+
+// Source and target that are in each other grow until the disk is full.
+TEST(RestoreWorker, RefusesToRestoreASetIntoItself) {
+  RestoreRun run;
+  std::vector<TestValue> hive = run.machine.UsualFolders("Bob");
+  hive[5].text = Utf8(run.files / "set/Users/Anna/Music/in");
+  run.machine.Add({.name = "Bob", .hive = hive});
+  run.files.File("set/Users/Anna/Music/song");
+  run.files.File("set/Users/Anna/Desktop/a");
+  run.files.File("set/ExtraFolders/ABC/x");
+  run.Select(18, {{"Anna", "Bob"}});
+  run.SelectExtra("ABC", run.files / "set/ExtraFolders");
+  run.Run();
+  EXPECT_EQ(run.context->failures, 2) << testing::PrintToString(run.told);
+  EXPECT_TRUE(run.IsTold("Error! Source and destination are in each other: ~\\set\\Users\\Anna\\Music"));
+  EXPECT_TRUE(run.IsTold("Error! Source and destination are in each other: ~\\set\\ExtraFolders\\ABC"));
+  EXPECT_THAT(run.files.List("set/ExtraFolders"), ElementsAre("ABC", "ABC/x"));
+}
+
+TEST(RestoreWorker, EndsAtOnceWithoutItsFile) {
+  RestoreRun run;
+  run.machine.Add({.name = "Bob"});
+  run.files.File("set/Users/Anna/Music/song");
+  run.Select(16, {{"Anna", "Bob"}});
+  DeleteFileW(run.document.path.CStr());
+  EXPECT_EQ(run.Run(), 0);
+  EXPECT_EQ(run.context->outcome, OperationOutcome::kNotStarted);
+  EXPECT_THAT(FilesOf(run, "Users/Bob"), IsEmpty());
+  run.context->document = nullptr;
+  EXPECT_EQ(run.Run(), 0);
+}
+
+// Stopped between two folders: what is done stays, and what comes later isn't begun.
+TEST(RestoreWorker, StopsBetweenFolders) {
+  for (size_t phase = 1; phase <= 4; phase++) {
+    RestoreRun run;
+    run.machine.Add({.name = "Bob"});
+    run.machine.Add({.name = "Carl"});
+    for (const char* file : {"Anna/Desktop/a", "Anna/Contacts/b", "Eve/Contacts/c"})
+      run.files.File(std::string("set/Users/") + file);
+    run.files.File("set/ExtraFolders/ABC/x");
+    run.Select(130, {{"Anna", "Bob"}, {"Eve", "Carl"}});
+    run.SelectExtra("ABC", run.files / "back");
+    run.stopAtPhase = phase;
+    EXPECT_EQ(run.Run(), -1);
+    EXPECT_EQ(run.context->outcome, OperationOutcome::kStopped);
+    EXPECT_EQ(run.phases, phase);
+    EXPECT_EQ(run.files.Exists("Users/Bob/Desktop/a"), phase > 1);
+    EXPECT_EQ(run.files.Exists("Users/Bob/Contacts/b"), phase > 2);
+    EXPECT_EQ(run.files.Exists("Users/Carl/Contacts/c"), phase > 3);
+    EXPECT_FALSE(run.files.Exists("back/x"));
+    EXPECT_EQ(run.context->failures, 0);
+  }
+}
+
+}  // namespace

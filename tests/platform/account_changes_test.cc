@@ -1,0 +1,414 @@
+// New accounts, their groups, passwords and profiles, as the calls make them in the machine folder.
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <lm.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <userenv.h>
+
+#include <atomic>
+#include <set>
+#include <thread>
+
+#include "machine/faults.h"
+#include "machine/hive.h"
+#include "machine/profile_list.h"
+#include "machine/sid_text.h"
+#include "platform/test_machine.h"
+#include "userenv/profile_making.h"
+
+// Declared in not every SDK.
+extern "C" NET_API_STATUS WINAPI NetUserSetInfo(LPCWSTR, LPCWSTR, DWORD, LPBYTE, LPDWORD);
+
+namespace {
+
+using namespace machine;
+
+DWORD Add(const std::string& name, const wchar_t* password = nullptr) {
+  const std::u16string wide = Wide16(name);
+  USER_INFO_1 info = {};
+  info.usri1_name = const_cast<wchar_t*>(AsWide(wide));
+  info.usri1_password = const_cast<wchar_t*>(password);
+  info.usri1_priv = USER_PRIV_USER;
+  info.usri1_flags = UF_SCRIPT | UF_DONT_EXPIRE_PASSWD;
+  return NetUserAdd(nullptr, 1, reinterpret_cast<BYTE*>(&info), nullptr);
+}
+
+DWORD SetText(const wchar_t* name, DWORD level, const wchar_t* text) {
+  return NetUserSetInfo(nullptr, name, level, reinterpret_cast<BYTE*>(&text), nullptr);
+}
+
+using GroupCall = NET_API_STATUS(WINAPI*)(LPCWSTR, LPCWSTR, DWORD, LPBYTE, DWORD);
+DWORD ChangeGroup(GroupCall call, const wchar_t* group, const std::string& sid) {
+  std::string bytes = SidBytes(sid);
+  LOCALGROUP_MEMBERS_INFO_0 member = {bytes.data()};
+  return call(nullptr, group, 0, reinterpret_cast<BYTE*>(&member), 1);
+}
+
+// What is on the disk, whatever the process remembers.
+Machine OnDisk(const TestMachine& place) {
+  Machine machine;
+  std::string error;
+  EXPECT_TRUE(Machine::Open(place.Folder(), machine, &error)) << error;
+  return machine;
+}
+
+HRESULT MakeProfileOf(const TestMachine& place, const std::string& name, std::string& path) {
+  wchar_t buffer[MAX_PATH] = {};
+  const HRESULT result =
+      CreateProfile(AsWide(Wide16(place.Sid(name))), AsWide(Wide16(name)), buffer, MAX_PATH);
+  path = ToUtf8(buffer);
+  return result;
+}
+
+std::string ShellFolder(const std::string& hiveFile, const char* name) {
+  std::shared_ptr<Hive> hive;
+  std::string text;
+  if (Hive::Open(hiveFile, false, hive) != ERROR_SUCCESS) return "no hive";
+  hive->ReadText("Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders", name, text);
+  return text;
+}
+
+// A name that Windows refuses must be refused here, too, or a restore that works here fails there.
+TEST(NewAccounts, RefuseNamesThatWindowsRefuses) {
+  TestMachine place;
+  const size_t before = OnDisk(place).accounts.size();
+  const struct {
+    std::string name;
+    DWORD status;
+  } cases[] = {
+      {"", NERR_BadUsername},
+      {"...", NERR_BadUsername},
+      {"  ", NERR_BadUsername},
+      {"Dot.", NERR_BadUsername},
+      {"123456789012345678901", NERR_BadUsername},
+      {"a\\b", NERR_BadUsername},
+      {"a@b", NERR_BadUsername},
+      {"a\tb", NERR_BadUsername},
+      {"anna", NERR_UserExists},
+      {"administrators", NERR_GroupExists},
+      {"SYSTEM", NERR_GroupExists},
+  };
+  for (const auto& one : cases) EXPECT_EQ(Add(one.name), one.status) << one.name;
+  for (const char c : std::string("\"/\\[]:;|=,+*?<>@")) {
+    EXPECT_EQ(Add(std::string("a") + c), DWORD{NERR_BadUsername}) << c;
+  }
+  EXPECT_EQ(OnDisk(place).accounts.size(), before);
+  for (const char* name : {"12345678901234567890", "Zoë Ångström", "日本語", "x.y z"})
+    EXPECT_EQ(Add(name), 0u) << name;
+  EXPECT_EQ(OnDisk(place).FindAccount("zoë ångström")->sid, place.Sid("Zoë Ångström"));
+}
+
+TEST(NewAccounts, GetASidOfTheMachineThatNoOtherHas) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve"), 0u);
+  ASSERT_EQ(Add("Max"), 0u);
+  const std::string anna = place.Sid("Anna");
+  const std::string authority = anna.substr(0, anna.rfind('-') + 1);
+  EXPECT_EQ(place.Sid("Eve"), authority + "1003");
+  EXPECT_EQ(place.Sid("Max"), authority + "1004");
+  place.Reopen();
+  EXPECT_EQ(place.Sid("Max"), authority + "1004");
+  EXPECT_EQ(ThisMachine().FindAccount("Eve")->flags, DWORD{UF_NORMAL_ACCOUNT | UF_DONT_EXPIRE_PASSWD});
+}
+
+TEST(NewAccounts, NeedAnAdministratorAndADriveThatIsWritten) {
+  TestMachine place;
+  place.RunAs("Bob");
+  EXPECT_EQ(Add("Eve"), DWORD{ERROR_ACCESS_DENIED});
+  EXPECT_EQ(SetText(L"Anna", 1003, L"x"), DWORD{ERROR_ACCESS_DENIED});
+  std::string path;
+  EXPECT_EQ(MakeProfileOf(place, "Anna", path), E_ACCESSDENIED);
+  place.RunAs("Anna");
+  // A dead disk that is attached: its Windows would never know the account.
+  for (const bool isReadOnly : {true, false}) {
+    Machine attached = OnDisk(place);
+    attached.settings.drives['C'] = place.Folder() + "/C";
+    if (isReadOnly) attached.settings.readOnlyDrives = "C";
+    UseMachine(attached);
+    EXPECT_EQ(Add("Eve"), DWORD{ERROR_WRITE_PROTECT});
+  }
+  EXPECT_EQ(OnDisk(place).FindAccount("Eve"), nullptr);
+}
+
+TEST(NewAccounts, ChangeTypeWithTheirGroups) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve"), 0u);
+  const std::string sid = place.Sid("Eve");
+  const auto type = [&] { return AccountTypeName(OnDisk(place).FindAccount("Eve")->type); };
+  EXPECT_EQ(type(), "standard");
+  EXPECT_EQ(ChangeGroup(NetLocalGroupAddMembers, L"administrators", sid), 0u);
+  EXPECT_EQ(ChangeGroup(NetLocalGroupAddMembers, L"Administrators", sid), DWORD{ERROR_MEMBER_IN_ALIAS});
+  EXPECT_EQ(type(), "administrator");
+  EXPECT_EQ(ChangeGroup(NetLocalGroupDelMembers, L"Users", sid), DWORD{ERROR_MEMBER_NOT_IN_ALIAS});
+  EXPECT_EQ(ChangeGroup(NetLocalGroupAddMembers, L"Guests", sid), 0u);
+  EXPECT_EQ(ChangeGroup(NetLocalGroupDelMembers, L"Administrators", sid), 0u);
+  EXPECT_EQ(type(), "guest");
+  EXPECT_EQ(ChangeGroup(NetLocalGroupAddMembers, L"Anna", sid), DWORD{NERR_GroupNotFound});
+  EXPECT_EQ(ChangeGroup(NetLocalGroupAddMembers, L"Users", "S-1-5-21-1-2-3-4"), DWORD{ERROR_NO_SUCH_MEMBER});
+}
+
+TEST(NewAccounts, LogOnWithTheirPasswordOnly) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve", L"Secret ✓"), 0u);
+  const auto logOn = [](const wchar_t* name, const wchar_t* password) -> DWORD {
+    HANDLE token = nullptr;
+    if (!LogonUserW(name, nullptr, password, 2, 0, &token)) return GetLastError();
+    CloseHandle(token);
+    return 0;
+  };
+  EXPECT_EQ(logOn(L"eve", L"Secret ✓"), 0u);
+  EXPECT_EQ(logOn(L"Eve", L"secret ✓"), DWORD{ERROR_LOGON_FAILURE});
+  EXPECT_EQ(logOn(L"Eve", L""), DWORD{ERROR_LOGON_FAILURE});
+  EXPECT_EQ(logOn(L"Nobody", L"x"), DWORD{ERROR_LOGON_FAILURE});
+  EXPECT_EQ(BytesOf(place.Folder() + "/accounts.ini").find("Secret"), std::string::npos);
+  EXPECT_EQ(SetText(L"Eve", 1003, L""), 0u);
+  EXPECT_EQ(logOn(L"Eve", L""), DWORD{ERROR_ACCOUNT_RESTRICTION});
+  EXPECT_EQ(SetText(L"Eve", 1011, L"Eve Stone"), 0u);
+  EXPECT_EQ(SetText(L"Nobody", 1011, L"x"), DWORD{NERR_UserNotFound});
+  EXPECT_EQ(OnDisk(place).FindAccount("Eve")->fullName, "Eve Stone");
+}
+
+// Each of two programs reads the file, adds its own account and writes it: without a lock, one is lost.
+TEST(NewAccounts, OfTwoProgramsAreBothKept) {
+  constexpr int kPrograms = 4, kEach = 12;
+  TestMachine place;
+  std::vector<pid_t> programs;
+  for (int program = 0; program < kPrograms; ++program) {
+    const pid_t child = fork();
+    if (child == 0) {
+      int failures = 0;
+      for (int i = 0; i < kEach; ++i) {
+        failures += Add("P" + std::to_string(program) + "-" + std::to_string(i)) != 0;
+      }
+      _exit(failures);
+    }
+    programs.push_back(child);
+  }
+  for (const pid_t child : programs) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  std::set<std::string> sids;
+  const Machine machine = OnDisk(place);
+  for (const Account& account : machine.accounts) sids.insert(account.sid);
+  EXPECT_EQ(machine.accounts.size(), 4u + kPrograms * kEach);
+  EXPECT_EQ(sids.size(), machine.accounts.size());
+  // This program has learnt of none of them yet, and mustn't drop them.
+  EXPECT_EQ(Add("P0-0"), DWORD{NERR_UserExists});
+  EXPECT_EQ(Add("Last"), 0u);
+  EXPECT_EQ(OnDisk(place).accounts.size(), machine.accounts.size() + 1);
+}
+
+// A worker makes an account while another thread looks at them: it must not look at memory that is gone.
+TEST(NewAccounts, MayBeLookedAtMeanwhile) {
+  TestMachine place;
+  std::atomic<bool> isDone = false;
+  std::thread looker([&] {
+    while (!isDone) {
+      BYTE* buffer = nullptr;
+      DWORD count = 0, total = 0;
+      NetUserEnum(nullptr, 3, 0, &buffer, MAX_PREFERRED_LENGTH, &count, &total, nullptr);
+      NetApiBufferFree(buffer);
+      BYTE sid[SECURITY_MAX_SID_SIZE];
+      wchar_t domain[64];
+      DWORD size = sizeof sid, length = 64;
+      SID_NAME_USE use;
+      LookupAccountNameW(nullptr, L"Guest", sid, &size, domain, &length, &use);
+    }
+  });
+  for (int i = 0; i < 60; ++i) EXPECT_EQ(Add("Eve" + std::to_string(i)), 0u);
+  isDone = true;
+  looker.join();
+}
+
+TEST(NewAccounts, AreMadeWholeOrNotAtAll) {
+  TestMachine place;
+  FaultPlan plan;
+  plan.call = "NetUserAdd";
+  plan.nth = 1;
+  plan.error = ERROR_DISK_FULL;
+  SetFaults(plan);
+  EXPECT_EQ(Add("Eve"), DWORD{ERROR_DISK_FULL});
+  ClearFaults();
+  EXPECT_EQ(ThisMachine().FindAccount("Eve"), nullptr);
+  EXPECT_EQ(OnDisk(place).FindAccount("Eve"), nullptr);
+}
+
+TEST(NewProfiles, ShowInTheMachine) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve"), 0u);
+  std::string path;
+  ASSERT_EQ(MakeProfileOf(place, "Eve", path), S_OK);
+  const auto self = std::filesystem::read_symlink("/proc/self/exe");
+  const std::string program = (self.parent_path().parent_path() / "norvane-machine").string();
+  const ProgramRun run = RunProgramOf(program + " show " + place.Folder());
+  EXPECT_NE(run.output.find("  Eve  standard  " + place.Sid("Eve") + "\n      C:\\Users\\Eve\n"),
+            std::string::npos)
+      << run.output;
+}
+
+// The program may be killed at any change: what is there then can be opened, no account has half a profile
+// under its own name in ProfileList, and the same call later completes it.
+TEST(NewProfiles, AreWholeOrMissingWhenTheProgramIsKilled) {
+  TestMachine place;
+  int killed = 0;
+  for (int change = 1;; ++change) {
+    const std::string name = "K" + std::to_string(change);
+    fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+      FaultPlan plan;
+      plan.endAtChange = static_cast<uint64_t>(change);
+      SetFaults(plan);
+      std::string path;
+      const bool isMade = Add(name) == 0 && MakeProfileOf(place, name, path) == S_OK;
+      _exit(isMade ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    place.Reopen();
+    if (WEXITSTATUS(status) == 0) break;
+    ASSERT_EQ(WEXITSTATUS(status), 99);
+    ++killed;
+    if (!ThisMachine().FindAccount(name)) continue;
+    ASSERT_EQ(ProfileOf(place.Sid(name)), "") << "it is written last";
+    std::string path;
+    ASSERT_EQ(MakeProfileOf(place, name, path), S_OK) << name;
+    EXPECT_EQ(ShellFolder(place.Disk(path + "\\NTUSER.DAT"), "Personal"), path + "\\Documents");
+  }
+  EXPECT_GT(killed, 10);
+}
+
+// The account's folders, as its hive names them, must be its own and not the default profile's.
+TEST(NewProfiles, AreMadeFromTheDefaultOne) {
+  TestMachine place;
+  PutBytes(place.Disk("C:\\Users\\Default\\Documents\\Welcome.txt"), "hello");
+  ASSERT_EQ(Add("Eve"), 0u);
+  std::string path;
+  ASSERT_EQ(MakeProfileOf(place, "Eve", path), S_OK);
+  EXPECT_EQ(path, "C:\\Users\\Eve");
+  EXPECT_EQ(BytesOf(place.Disk(path + "\\Documents\\Welcome.txt")), "hello");
+  EXPECT_TRUE(GetFileAttributesW(L"C:\\Users\\Eve\\AppData") & FILE_ATTRIBUTE_HIDDEN);
+  EXPECT_TRUE(GetFileAttributesW(L"C:\\Users\\Eve\\NTUSER.DAT") & FILE_ATTRIBUTE_HIDDEN);
+  EXPECT_FALSE(GetFileAttributesW(L"C:\\Users\\Eve") & FILE_ATTRIBUTE_HIDDEN) << "as the default one is";
+  const std::string hive = place.Disk(path + "\\NTUSER.DAT");
+  EXPECT_EQ(ShellFolder(hive, "Personal"), "C:\\Users\\Eve\\Documents");
+  EXPECT_EQ(ShellFolder(hive, "My Video"), "C:\\Users\\Eve\\Videos");
+  EXPECT_EQ(ShellFolder(place.Disk("C:\\Users\\Default\\NTUSER.DAT"), "Personal"),
+            "C:\\Users\\Default\\Documents");
+  place.Reopen();
+  EXPECT_EQ(ProfileOf(place.Sid("Eve")), "C:\\Users\\Eve");
+  EXPECT_EQ(MakeProfileOf(place, "Eve", path), HRESULT_FROM_WIN32(ERROR_ALREADY_EXISTS));
+}
+
+// Another account's files must not become readable by way of a folder with the right name.
+TEST(NewProfiles, TakeNoFolderThatIsThere) {
+  TestMachine place;
+  const char* const expected[] = {"C:\\Users\\Eve.NORVANE-PC", "C:\\Users\\Eve.NORVANE-PC.000",
+                                  "C:\\Users\\Eve.NORVANE-PC.001"};
+  std::filesystem::create_directory(place.Disk("C:\\Users\\eve"));
+  ASSERT_EQ(Add("Eve"), 0u);
+  std::string path;
+  for (const char* one : expected) {
+    ASSERT_EQ(MakeProfileOf(place, "Eve", path), S_OK);
+    EXPECT_EQ(path, one);
+    ASSERT_EQ(RegDeleteKeyExW(HKEY_LOCAL_MACHINE,
+                              AsWide(Wide16("SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\" +
+                                            place.Sid("Eve"))),
+                              KEY_WOW64_64KEY, 0),
+              ERROR_SUCCESS);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(place.Disk("C:\\Users\\eve")));
+}
+
+TEST(NewProfiles, AreForTheirAccountAndAdministrators) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve"), 0u);
+  std::string path;
+  ASSERT_EQ(MakeProfileOf(place, "Eve", path), S_OK);
+  const struct {
+    const char* account;
+    bool mayWrite;
+  } cases[] = {{"Eve", true}, {"Bob", false}, {"Anna", true}};
+  for (const auto& one : cases) {
+    place.RunAs(one.account);
+    HANDLE file = CreateFileW(L"C:\\Users\\Eve\\Documents\\a.txt", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              0, nullptr);
+    EXPECT_EQ(file != INVALID_HANDLE_VALUE, one.mayWrite) << one.account;
+    if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+  }
+}
+
+// A half-made profile would keep the account's name for ever, and the next try would go beside it.
+TEST(NewProfiles, LeaveNothingBehindWhereTheyFail) {
+  TestMachine place;
+  ASSERT_EQ(Add("Eve"), 0u);
+  std::string path;
+  const auto fail = [&](const char* call, const char* pattern) {
+    FaultPlan plan;
+    plan.call = call;
+    plan.path = pattern;
+    plan.nth = 1;
+    plan.error = ERROR_DISK_FULL;
+    SetFaults(plan);
+    const HRESULT result = MakeProfileOf(place, "Eve", path);
+    ClearFaults();
+    return result;
+  };
+  const std::pair<const char*, const char*> cases[] = {
+      {"CreateProfile", "Eve"},
+      {"SetKernelObjectSecurity", "*\\Eve"},
+      {"CreateDirectoryExW", "*\\Eve\\Desktop"},
+      {"CopyFileExW", "*NTUSER.DAT"},
+      {"RegFlushKey", "*\\Eve\\NTUSER.DAT"},
+      {"RegFlushKey", "*\\SOFTWARE"},
+  };
+  for (const auto& [call, pattern] : cases) {
+    EXPECT_EQ(fail(call, pattern), HRESULT_FROM_WIN32(ERROR_DISK_FULL)) << call << " " << pattern;
+    EXPECT_FALSE(std::filesystem::exists(place.Disk("C:\\Users\\Eve"))) << call << " " << pattern;
+    EXPECT_EQ(ProfileOf(place.Sid("Eve")), "") << call << " " << pattern;
+  }
+  EXPECT_EQ(MakeProfileOf(place, "Eve", path), S_OK);
+  EXPECT_EQ(path, "C:\\Users\\Eve");
+}
+
+// Before Windows Vista, and where the direct way is refused: the first load makes the profile.
+TEST(NewProfiles, AreMadeByTheFirstLoad) {
+  MachinePlan plan = TwoAccounts();
+  plan.major = 5;
+  plan.minor = 1;
+  plan.build = 2600;
+  TestMachine place(plan);
+  EXPECT_EQ(GetProcAddress(LoadLibraryW(L"Userenv.dll"), "CreateProfile"), nullptr);
+  ASSERT_EQ(Add("Eve", L"x"), 0u);
+  HANDLE token = nullptr;
+  ASSERT_TRUE(LogonUserW(L"Eve", nullptr, L"x", 2, 0, &token));
+  PROFILEINFOW info = {};
+  info.dwSize = sizeof info;
+  std::u16string name = u"Eve";
+  info.lpUserName = const_cast<wchar_t*>(AsWide(name));
+  ASSERT_TRUE(LoadUserProfileW(token, &info)) << GetLastError();
+  const std::u16string key = Wide16(place.Sid("Eve") + "\\Environment");
+  HKEY opened = nullptr;
+  EXPECT_EQ(RegOpenKeyExW(HKEY_USERS, AsWide(key), 0, KEY_READ, &opened), ERROR_SUCCESS);
+  RegCloseKey(opened);
+  EXPECT_TRUE(UnloadUserProfile(token, info.hProfile)) << GetLastError();
+  CloseHandle(token);
+  EXPECT_EQ(RegOpenKeyExW(HKEY_USERS, AsWide(key), 0, KEY_READ, &opened), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ShellFolder(place.Disk("C:\\Documents and Settings\\Eve\\NTUSER.DAT"), "Personal"),
+            "C:\\Documents and Settings\\Eve\\My Documents");
+}
+
+TEST(NewProfiles, OfLaterSystemsAreMadeDirectly) {
+  TestMachine place;
+  HMODULE library = LoadLibraryW(L"userenv");
+  EXPECT_NE(GetProcAddress(library, "CreateProfile"), nullptr);
+  EXPECT_EQ(GetProcAddress(library, "IsWow64Process"), nullptr);
+  EXPECT_EQ(GetProcAddress(LoadLibraryW(L"Kernel32.dll"), "CreateProfile"), nullptr);
+  EXPECT_TRUE(FreeLibrary(library));
+  EXPECT_EQ(LoadLibraryW(L"other.dll"), nullptr);
+}
+
+}  // namespace
