@@ -9,8 +9,10 @@
 #include "operations/copy_engine.h"
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
+#include "operations/folder_rows.h"
 #include "operations/held_way.h"
 #include "operations/path_queries.h"
+#include "operations/run_overlap.h"
 #include "operations/target_flush.h"
 #include "operations/walk_path.h"
 
@@ -49,9 +51,10 @@ bool PhaseRunner::RunTrees(const std::vector<RunTree>& trees, const Exclusion& i
 
 void PhaseRunner::RunOne(const RunTree& tree) {
   HeldWay sourceWay, targetWay;
-  if (!HoldSource(tree, sourceWay) || !HoldTarget(tree, targetWay)) return;
-  if (RunCopyPhase(tree.source.CStr(), tree.target.CStr(), context_, tree.fast)) phases_++;
-  NoteWritten(tree.target);
+  WString target(tree.target);
+  if (!HoldSource(tree, sourceWay) || !HoldTarget(tree, targetWay, target)) return;
+  if (RunCopyPhase(tree.source.CStr(), target.CStr(), context_, tree.fast)) phases_++;
+  NoteWritten(target);
 }
 
 // False if there is nothing to copy; what is wrong is told. A missing folder passes by without a word.
@@ -77,17 +80,29 @@ bool PhaseRunner::HoldSource(const RunTree& tree, HeldWay& way) {
   return false;
 }
 
-bool PhaseRunner::HoldTarget(const RunTree& tree, HeldWay& way) {
+// `target` becomes the folder that a link of the system's own leads to.
+bool PhaseRunner::HoldTarget(const RunTree& tree, HeldWay& way, WString& target) {
   if (tree.targetBase.IsEmpty()) return true;
   // The base may be missing as well: the profile of an account that was only named, or a set's folder.
   HeldWay::Result result = HeldWay::Result::kFailed;
   if (MakeDirectoryPath(tree.targetBase.CStr())) {
     result = way.Hold(tree.targetBase.CStr(), BehindBase(tree.target, tree.targetBase), true);
   }
+  if (result == HeldWay::Result::kLink && tree.bit == kMaskOther) result = FollowInside(tree, way, target);
   if (result == HeldWay::Result::kHeld) return true;
   DWORD error = result == HeldWay::Result::kLink ? ERROR_CANT_ACCESS_FILE : GetLastError();
   ReportTargetFailure(context_, kCannotMakeDirectory, tree.target.CStr(), error);
   return false;
+}
+
+// A profile has links of the system's own, such as "My Documents", to folders beside them. What an older
+// system kept under that name belongs there. Where a link leaves the profile, it stays refused.
+HeldWay::Result PhaseRunner::FollowInside(const RunTree& tree, HeldWay& way, WString& target) {
+  const WString base = ResolveRealPath(tree.targetBase.CStr());
+  const WString real = ResolveRealPath(tree.target.CStr());
+  if (!IsSameOrInside(real, base) || real.Length() == base.Length()) return HeldWay::Result::kLink;
+  target = real;
+  return way.Hold(base.CStr(), BehindBase(real, base), false);
 }
 
 void PhaseRunner::RunOtherFolders(const RunTree& tree, const Exclusion& isExcluded) {

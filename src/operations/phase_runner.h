@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/wstring_array.h"
+#include "operations/held_way.h"
 #include "operations/operation_context.h"
 #include "operations/run_tree.h"
 
@@ -34,8 +35,9 @@ class PhaseRunner {
 
  private:
   void RunOtherFolders(const RunTree& tree, const Exclusion& isExcluded);
-  bool HoldSource(const RunTree& tree, class HeldWay& way);
-  bool HoldTarget(const RunTree& tree, class HeldWay& way);
+  bool HoldSource(const RunTree& tree, HeldWay& way);
+  bool HoldTarget(const RunTree& tree, HeldWay& way, WString& target);
+  HeldWay::Result FollowInside(const RunTree& tree, HeldWay& way, WString& target);
   void NoteWritten(const WString& target);
   void CountLink() { context_.linksSkipped.fetch_add(1, std::memory_order_relaxed); }
 

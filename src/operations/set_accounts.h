@@ -16,8 +16,8 @@ struct SetAccount {
   bool hasFolder = false;   // only these can be restored
 };
 
-// In the order of the file, each once. `setFolder` is the folder of the info file. A key that leads out of the set's
-// folder of accounts has no folder.
+// In the order of the file, each once. `setFolder` is the folder of the info file. A key that leads out of
+// the set's folder of accounts has no folder.
 std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder);
 
 // "level|display name". Without a bar the whole text is the display name.

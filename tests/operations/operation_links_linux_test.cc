@@ -102,6 +102,19 @@ TEST(RestoreLinks, ThatAreFoldersOfTheProfileThemselves) {
   }
 }
 
+// A profile of today has links under the names that an older system gave its folders. Refused as others
+// are, they would leave the documents of every old disk behind.
+TEST(RestoreLinks, ThatStayInTheProfileAreTaken) {
+  RestoreRun run;
+  run.machine.Add({.name = "Eve"});
+  run.files.File("set/Users/Anna/My Documents/letter");
+  run.files.Link("Users/Eve/My Documents", "Users/Eve/Documents");
+  run.Select(128, {{"Anna", "Eve"}});
+  run.Run();
+  EXPECT_TRUE(run.files.Exists("Users/Eve/Documents/letter")) << testing::PrintToString(run.told);
+  EXPECT_EQ(run.context->failures, 0);
+}
+
 TEST(CopyMoveLinks, AreNotFollowedBelowTheTwoFolders) {
   for (const bool isMove : {false, true}) {
     for (const char* link : {"AppData", "AppData/Roaming", "AppData/Roaming/Microsoft", "Documents",

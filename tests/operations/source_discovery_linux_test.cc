@@ -12,8 +12,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 // With versions that no root of these tests has by its folders.
 std::vector<TestValue> Version(const char* major) {
   constexpr char kKey[] = "Microsoft\\Windows NT\\CurrentVersion";

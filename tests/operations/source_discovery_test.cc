@@ -36,7 +36,7 @@ std::vector<std::string> MachineKeys() {
 // A root with folders and, where values are given, its own registry.
 WString MakeRoot(AccountPlace& place, const std::string& name, const std::vector<std::string>& folders,
                  const std::vector<TestValue>& values = {}) {
-  const WString root = place.files.Folder(name);
+  WString root = place.files.Folder(name);
   for (const std::string& folder : folders) place.files.Folder(name + "/" + folder);
   if (!values.empty()) {
     WriteTestHive(place.files.Folder(name + "/Windows/System32/config") + L"\\SOFTWARE", values);

@@ -1,0 +1,275 @@
+// What each operation promises when the system lets it down: a call that fails, an end in the middle, a full
+// disk, a stop, a link that is put in a folder's place. Each at every place where it can happen.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+
+#include "machine/faults.h"
+#include "machine/machine.h"
+#include "support/host_path.h"
+#include "support/operation_scene.h"
+
+namespace {
+
+using machine::FaultPlan;
+
+class OperationFaults : public testing::TestWithParam<Operation> {
+ protected:
+  ~OperationFaults() override { machine::ClearFaults(); }
+
+  // Calls on all but the log.
+  FaultPlan Plan(uint64_t nth = 0) const {
+    FaultPlan plan;
+    plan.path = scene_.Place() + "\\*";
+    plan.nth = nth;
+    plan.error = ERROR_IO_DEVICE;
+    return plan;
+  }
+  std::string When(uint64_t n, bool onlyMissing) const {
+    return (onlyMissing ? "missing files, call " : "all files, call ") + std::to_string(n);
+  }
+
+  // A campaign in full takes every call; a usual one takes each third, another for each operation.
+  static uint64_t Stride() { return std::getenv("NORVANE_EVERY_CALL") ? 1 : 3; }
+  uint64_t First(uint64_t number = 0) const {
+    return 1 + (static_cast<uint64_t>(GetParam()) + number) % Stride();
+  }
+
+  // The size of a campaign, for docs/reliability.md.
+  void Begin(bool onlyMissing) {
+    runs_++;
+    scene_.Reset(onlyMissing);
+  }
+  void TearDown() override { std::cout << "[ runs     ] " << runs_ << "\n"; }
+
+  OperationScene scene_{GetParam()};
+  int runs_ = 0;
+};
+
+// Any call that fails, for every one: the run ends, what isn't there is told and counted, and all else is
+// there. Without this, one bad answer of a disk costs an account its data and nobody hears of it.
+TEST_P(OperationFaults, EveryCallMayFail) {
+  for (uint64_t n = First();; n += Stride()) {
+    Begin(false);
+    const std::string when = When(n, false);
+    machine::SetFaults(Plan(n));
+    scene_.run->Run();
+    const uint64_t calls = machine::FaultCalls();
+    machine::ClearFaults();
+    if (calls < n) break;
+    scene_.ExpectWhole(when);
+    const OperationContext& context = *scene_.run->context;
+    if (context.outcome == OperationOutcome::kNotStarted) continue;
+    for (const SceneFile& file : scene_.files) {
+      EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
+    }
+    EXPECT_EQ(context.outcome,
+              context.failures > 0 ? OperationOutcome::kFailures : OperationOutcome::kComplete)
+        << when;
+    EXPECT_FALSE(context.logFailed) << when;
+  }
+}
+
+// The process ends before any change of the disk: no file is torn or lost, and a second run with the
+// defaults brings what is missing, without taking half a file for a whole one.
+TEST_P(OperationFaults, TheEndMayComeAtEveryChange) {
+  for (const bool onlyMissing : {false, true}) {
+    for (uint64_t n = 1;; n++) {
+      Begin(onlyMissing);
+      const std::string when = When(n, onlyMissing);
+      const pid_t child = fork();
+      if (child == 0) {
+        FaultPlan plan;
+        plan.endAtChange = n;
+        machine::SetFaults(plan);
+        scene_.run->Run();
+        _exit(0);
+      }
+      int status = 0;
+      waitpid(child, &status, 0);
+      ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99)) << when;
+      scene_.ExpectWhole(when, true);
+      scene_.Again(true);
+      scene_.run->Run();
+      EXPECT_EQ(scene_.run->context->outcome, OperationOutcome::kComplete)
+          << when << testing::PrintToString(scene_.run->told);
+      // A file that is there isn't written, so that what was left half made beside it stays, too.
+      scene_.ExpectWhole(when + ", second run", true);
+      for (const SceneFile& file : scene_.files) {
+        EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.Read(file.target) == file.old)
+            << file.target << ", " << when;
+      }
+      if (WEXITSTATUS(status) == 0) break;
+    }
+  }
+}
+
+// A stop at every call: nothing partial stays, and a stop is no failure.
+TEST_P(OperationFaults, AStopMayComeAtEveryCall) {
+  for (uint64_t n = First();; n += Stride()) {
+    Begin(false);
+    const std::string when = When(n, false);
+    FaultPlan plan = Plan();
+    uint64_t calls = 0;
+    plan.before = [&](std::string_view, std::string_view) {
+      if (++calls == n) scene_.run->context->stop = 1;
+    };
+    machine::SetFaults(plan);
+    const int32_t result = scene_.run->Run();
+    machine::ClearFaults();
+    scene_.ExpectWhole(when);
+    // The system's own copy says that it was cancelled, and that is logged as it stands.
+    EXPECT_LE(scene_.run->context->failures, 1) << when;
+    if (calls < n) break;
+    EXPECT_TRUE(result == -1 || scene_.IsNewAtTarget(scene_.files.back())) << when;
+  }
+}
+
+// A disk that fills up at any byte: overwriting costs no old file, each file is told, the reason is known.
+TEST_P(OperationFaults, TheDiskMayFillUpAtEveryByte) {
+  size_t bytes = 0;
+  for (const SceneFile& file : scene_.files) bytes += file.bytes.size();
+  for (size_t room = 0; room <= bytes; room++) {
+    Begin(false);
+    const std::string when = std::to_string(room) + " bytes left";
+    FaultPlan plan;
+    plan.bytesLeft = static_cast<int64_t>(room);
+    machine::SetFaults(plan);
+    scene_.run->Run();
+    machine::ClearFaults();
+    scene_.ExpectWhole(when);
+    bool isComplete = true;
+    for (const SceneFile& file : scene_.files) {
+      isComplete = isComplete && scene_.IsNewAtTarget(file);
+      EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
+    }
+    EXPECT_NE(isComplete, scene_.run->context->failures > 0) << when;
+    // A move over a read-only file is refused, with room or without.
+    if (GetParam() != Operation::kMove) {
+      EXPECT_NE(isComplete, scene_.run->context->targetFull) << when;
+    }
+  }
+}
+
+// A disk that goes away half-way, or takes nothing more: the run comes to its end, and each file that isn't
+// there is told.
+TEST_P(OperationFaults, ADiskMayGoAwayAtAnyCall) {
+  const std::string source = scene_.files[0].source, target = scene_.files[0].target;
+  for (const std::string& path : {source, target}) {
+    for (uint64_t n = First();; n += 4 * Stride()) {
+      Begin(false);
+      const std::string when = path + ", call " + std::to_string(n);
+      FaultPlan plan = Plan(n);
+      plan.path = scene_.Place() + "\\" + path.substr(0, path.find('/')) + "*";
+      plan.andAllLater = true;
+      plan.error = path == source ? ERROR_NOT_READY : ERROR_WRITE_PROTECT;
+      machine::SetFaults(plan);
+      scene_.run->Run();
+      const uint64_t calls = machine::FaultCalls();
+      machine::ClearFaults();
+      scene_.ExpectWhole(when, true);
+      if (calls < n) break;
+      if (scene_.run->context->outcome == OperationOutcome::kNotStarted) continue;
+      for (const SceneFile& file : scene_.files) {
+        EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
+      }
+    }
+  }
+}
+
+// Moves `folder` away and puts a link to somebody else's data in its place, by the system's own calls.
+void Exchange(TestPlace& place, const std::string& folder) {
+  if (!MoveFileExW((place / folder).CStr(), (place / "moved away").CStr(), 0)) return;
+  std::filesystem::create_directory_symlink(HostPath(place / "Users/Eve/outside"), HostPath(place / folder));
+}
+
+// At any call somebody puts a link in a folder's place, in what is read or in what is written: nothing
+// beyond it is read, changed or removed. The folders are those that an account, or whoever made a set, can
+// write to.
+TEST_P(OperationFaults, AFolderMayBeExchangedForALinkAtEveryCall) {
+  std::vector<std::string> folders;
+  for (const SceneFile& file : scene_.files) {
+    for (const char* end : {"Documents/c", "Documents/dir/deep/read-only", "Local/b", "Contacts/e"}) {
+      if (!file.target.ends_with(end)) continue;
+      folders.push_back(file.source.substr(0, file.source.rfind('/')));
+      folders.push_back(file.target.substr(0, file.target.rfind('/')));
+    }
+  }
+  uint64_t number = 0;
+  for (const std::string& folder : folders) {
+    for (uint64_t n = First(number++);; n += 2 * Stride() - 1) {
+      Begin(false);
+      TestPlace& place = scene_.run->files;
+      std::filesystem::remove_all(HostPath(place / "Users/Eve/outside"));
+      std::filesystem::remove_all(HostPath(place / "moved away"));
+      const std::string when = folder + ", call " + std::to_string(n);
+      for (const char* name : {"c", "e", "b", "secret", "read-only", "dir/d", "dir/deep/read-only"})
+        place.File(std::string("Users/Eve/outside/") + name, "outside");
+      const std::vector<std::string> outside = place.List("Users/Eve/outside");
+      FaultPlan plan = Plan();
+      uint64_t calls = 0;
+      plan.before = [&](std::string_view, std::string_view) {
+        if (++calls == n) Exchange(place, folder);
+      };
+      machine::SetFaults(plan);
+      scene_.run->Run();
+      machine::ClearFaults();
+      EXPECT_EQ(place.List("Users/Eve/outside"), outside) << when;
+      for (const std::string& name : outside) {
+        const std::string bytes = scene_.Read("Users/Eve/outside/" + name);
+        EXPECT_TRUE(bytes == "(folder)" || bytes == "outside") << name << ", " << when;
+      }
+      for (const SceneFile& file : scene_.files) {
+        const bool isLinked = file.target.starts_with(folder + "/");
+        EXPECT_TRUE(isLinked || scene_.Read(file.target) != "outside") << file.target << ", " << when;
+      }
+      if (calls < n) break;
+    }
+  }
+}
+
+// The same while an account is made: the second run comes to the end with it, or tells that the system's own
+// work on its profile was cut off. It never makes a second account or leaves half a file.
+TEST(AccountFaults, TheEndMayComeAtEveryChange) {
+  for (uint64_t n = 1;; n++) {
+    RestoreRun run;
+    run.files.File("set/Users/Anna/Documents/a", "new bytes");
+    run.Select(4, {{"Anna", "Carl <create>"}});
+    const std::string when = "change " + std::to_string(n);
+    const pid_t child = fork();
+    if (child == 0) {
+      FaultPlan plan;
+      plan.endAtChange = n;
+      machine::SetFaults(plan);
+      run.Run();
+      machine::LeaveMachine();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99)) << when;
+    machine::Machine again;
+    std::string error;
+    ASSERT_TRUE(machine::Machine::Open(machine::ThisMachine().folder, again, &error)) << when << error;
+    machine::UseMachine(again);
+    run.OnlyMissing();
+    run.Run();
+    const std::string file = HostPath(WString(L"C:\\Users\\Carl\\Documents\\a"));
+    const bool isThere = std::filesystem::exists(file) && std::filesystem::file_size(file) == 9;
+    EXPECT_NE(isThere, run.context->failures > 0) << when << testing::PrintToString(run.told);
+    size_t carls = 0;
+    for (const machine::Account& account : machine::ThisMachine().accounts) carls += account.name == "Carl";
+    EXPECT_EQ(carls, 1u) << when;
+    if (WEXITSTATUS(status) == 0) break;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, OperationFaults,
+                         testing::Values(Operation::kRestore, Operation::kRestoreFrom, Operation::kCopy,
+                                         Operation::kMove),
+                         [](const auto& info) { return OperationName(info.param); });
+
+}  // namespace
