@@ -3,6 +3,7 @@
 #include "operations/restore_targets.h"
 #include "option_pair.h"
 #include "same_name.h"
+#include "users/account_facts.h"
 #include "users/account_lookup.h"
 #include "users/local_groups.h"
 #include "utf8_text.h"
@@ -10,6 +11,13 @@
 namespace {
 
 constexpr size_t kMostNames = 20;
+
+// An account without a profile, such as one whose making was cut short. It is completed like a new one.
+bool LacksProfile(const WString& account) {
+  AccountFacts facts;
+  WString sid, profile;
+  return GetAccountFacts(account.CStr(), facts) && !GetAccountSidAndProfile(account.CStr(), sid, &profile);
+}
 
 class TargetChoice {
  public:
@@ -97,7 +105,7 @@ bool TargetChoice::Create(const OptionPair& pair) {
                                 ", of at most 20 characters and none of \" / \\ [ ] : ; | = , + * ? < > @.");
   }
   WString sid(name);
-  if (AccountNameToSid(sid)) {
+  if (AccountNameToSid(sid) && !LacksProfile(name)) {
     return Object(problem_, "There is an account or a group " + Quoted(name) + " already; give --map " +
                                 Quoted(source + L"=" + name) +
                                 " to restore into that account, or another name with --create.");

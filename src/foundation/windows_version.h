@@ -3,6 +3,9 @@
 // Which Windows this is.
 #pragma once
 
+// Windows Vista and later, which lay out their profiles in another way, as a bound between 5.2 and 6.0.
+inline constexpr double kFirstNewLayout = 5.9;
+
 // major + minor / 10, such as 5.1, 6.1, 10.0 or 11.0, exactly as these numbers are written in a source,
 // so that they can be compared. 0.0 means unknown. Windows tells a program of 6.2 at most unless its
 // manifest names the later systems.

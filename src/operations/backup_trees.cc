@@ -6,13 +6,12 @@
 
 #include <initializer_list>
 
+#include "foundation/windows_version.h"
 #include "operations/path_queries.h"
 #include "users/account_lookup.h"
 #include "users/user_folders.h"
 
 namespace {
-
-constexpr double kFirstNewLayout = 5.9;  // Windows Vista and later
 
 // An empty or a relative path in the registry, or one with a variable that only the account has, names
 // no folder.
@@ -95,7 +94,7 @@ WString OtherFolderExclusions(const wchar_t* consoleSid, const wchar_t* consoleP
 }
 
 std::vector<RunTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
-                                        double windowsVersion) {
+                                     double windowsVersion) {
   std::vector<RunTree> trees;
   for (uint32_t row = 0; row < selection.users.count; row++) {
     if (!selection.IsUserTicked(row) || !(selection.folderMask & kMaskAll)) continue;

@@ -56,6 +56,7 @@ class RestoreWorker {
   PhaseRunner runner_;
   ProtectedPlaces places_;
   RestoreRoot root_;
+  DWORD creationError_ = NO_ERROR;  // why the account in hand couldn't be made, where the system told
 };
 
 bool RestoreWorker::RunAll() {
@@ -95,6 +96,7 @@ bool RestoreWorker::RunUsers(uint32_t mask) {
 
 bool RestoreWorker::RunUser(const Entry& entry, uint32_t mask) {
   WString account;
+  creationError_ = NO_ERROR;
   if (!IsPlainName(entry.key)) {
     ReportFailure(context_, kCannotFindProfile, entry.key.CStr(), ERROR_INVALID_NAME);
     return true;
@@ -102,7 +104,8 @@ bool RestoreWorker::RunUser(const Entry& entry, uint32_t mask) {
   if (IsToBeCreated(entry.value.CStr(), account) && !MakeAccount(entry, account)) return true;
   RestoreTarget target;
   if (!GetAccountSidAndProfile(account.CStr(), target.sid, &target.profile)) {
-    ReportFailure(context_, kCannotFindProfile, account.CStr(), ERROR_NO_SUCH_USER);
+    const DWORD error = creationError_ != NO_ERROR ? creationError_ : DWORD{ERROR_NO_SUCH_USER};
+    ReportFailure(context_, kCannotFindProfile, account.CStr(), error);
     return true;
   }
   places_.AddTargetProfile(target.profile.CStr());
@@ -158,7 +161,10 @@ bool RestoreWorker::MakeAccount(const Entry& entry, const WString& account) {
   if (wanted.type == kAdministratorAccount && !MayBeAdministrator(entry.key)) {
     wanted.type = kStandardAccount;
   }
-  CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr);
+  SetLastError(NO_ERROR);
+  if (!CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr)) {
+    creationError_ = GetLastError();
+  }
   if (GetAccountSidAndProfile(account.CStr(), sid)) context_.createdAccounts.Add(account.CStr());
   return true;
 }

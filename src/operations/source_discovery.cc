@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "foundation/directory_enumerator.h"
+#include "foundation/windows_version.h"
 #include "operations/backup_set.h"
 #include "operations/installation_hive.h"
 #include "operations/path_queries.h"
@@ -22,12 +23,6 @@ WString WithoutBackslash(const wchar_t* path) {
   return text;
 }
 
-WString Below(const WString& root, const wchar_t* relative) {
-  WString path;
-  path.Concat(root.CStr(), L"\\", relative);
-  return path;
-}
-
 // The pattern of a walk over a folder.
 WString EntriesOf(const WString& folder) {
   WString pattern(folder);
@@ -43,11 +38,11 @@ bool IsRealDirectory(const WString& path) {
 }
 
 double VersionFromFolders(const WString& root) {
-  if (IsRealDirectory(Below(root, L"ProgramData\\Microsoft\\Windows"))) {
-    return IsRealDirectory(Below(root, L"ProgramData\\Microsoft\\Windows\\AppRepository")) ? 10.0 : 6.2;
+  if (IsRealDirectory(PathBelow(root, L"ProgramData\\Microsoft\\Windows"))) {
+    return IsRealDirectory(PathBelow(root, L"ProgramData\\Microsoft\\Windows\\AppRepository")) ? 10.0 : 6.2;
   }
-  if (IsRealDirectory(Below(root, L"Documents and Settings"))) return 5.1;
-  if (IsRealDirectory(Below(root, L"Users"))) return 6.1;
+  if (IsRealDirectory(PathBelow(root, L"Documents and Settings"))) return 5.1;
+  if (IsRealDirectory(PathBelow(root, L"Users"))) return 6.1;
   return 0.0;
 }
 
@@ -59,7 +54,7 @@ bool IsNobodysFolder(const wchar_t* name) {
 }
 
 void ScanUsers(const WString& root, double version, const UserTable& accounts, SourceScan& scan) {
-  const WString users = Below(root, version >= kFirstNewLayout ? L"Users" : L"Documents and Settings");
+  const WString users = PathBelow(root, version >= kFirstNewLayout ? L"Users" : L"Documents and Settings");
   // On a newer Windows "Documents and Settings" is a junction, and it leads to the accounts of the machine
   // that runs now.
   if (!IsRealDirectory(users)) return;
@@ -67,7 +62,7 @@ void ScanUsers(const WString& root, double version, const UserTable& accounts, S
   for (bool found = folders.First(EntriesOf(users).CStr(), kSkipReparsePoints | kOnlyDirectories); found;
        found = folders.Next()) {
     const wchar_t* name = folders.data.cFileName;
-    if (IsNobodysFolder(name) || !IsPopulatedFolder(Below(users, name).CStr())) continue;
+    if (IsNobodysFolder(name) || !IsPopulatedFolder(PathBelow(users, name).CStr())) continue;
     scan.users.Add(name);
     scan.userTargets.Add(ChooseTargetByName(accounts, name).CStr());
   }
@@ -85,7 +80,7 @@ void ScanExtraFolders(const WString& root, SourceScan& scan) {
   WString key, target;
   for (uint32_t line = document.NextKeyLine(first, end); line; line = document.NextKeyLine(line, end)) {
     if (!document.ParseKeyLine(line, key, target) || !IsPlainRelativePath(key.CStr())) continue;
-    scan.extraFolders.Add(Below(root, key.CStr()).CStr());
+    scan.extraFolders.Add(PathBelow(root, key.CStr()).CStr());
     scan.extraTargets.Add(target.CStr());
   }
 }
@@ -111,8 +106,8 @@ bool IsPopulatedFolder(const wchar_t* folder) {
 
 bool IsUserProfileFolder(const wchar_t* folder) {
   const WString profile = WithoutBackslash(folder);
-  return IsFilePath(Below(profile, L"ntuser.dat").CStr()) ||
-         IsFolderPath(Below(profile, L"AppData\\Local\\Microsoft").CStr());
+  return IsFilePath(PathBelow(profile, L"ntuser.dat").CStr()) ||
+         IsFolderPath(PathBelow(profile, L"AppData\\Local\\Microsoft").CStr());
 }
 
 void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan) {

@@ -8,8 +8,6 @@
 #include "foundation/wstring_array.h"
 #include "users/user_table.h"
 
-inline constexpr double kFirstNewLayout = 5.9;  // versions below it keep "Documents and Settings"
-
 // Windows version of the installation under `root`, as major + minor / 10; 0.0 if nothing is recognised.
 // Asks the installation's own registry first, and its folders otherwise. Needs the backup and restore
 // privileges for the former.

@@ -26,7 +26,9 @@ bool AddAccount(const wchar_t* name, const wchar_t* password) {
   info.usri1_password = const_cast<wchar_t*>(password);
   info.usri1_priv = USER_PRIV_USER;
   info.usri1_flags = UF_SCRIPT | UF_DONT_EXPIRE_PASSWD;
-  return NetUserAdd(nullptr, 1, reinterpret_cast<BYTE*>(&info), nullptr) == NERR_Success;
+  const NET_API_STATUS status = NetUserAdd(nullptr, 1, reinterpret_cast<BYTE*>(&info), nullptr);
+  if (status != NERR_Success) SetLastError(status);
+  return status == NERR_Success;
 }
 
 void SetFullName(const wchar_t* name, const wchar_t* fullName) {

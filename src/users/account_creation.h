@@ -11,7 +11,7 @@
 // AccountType. True if the account was added and a profile was made. An existing account isn't changed
 // in any way. An account whose profile failed stays. One that is made without a password has none in the
 // end; where the system refuses to take back the password of the program's own logon, the result is
-// false. Runs on the calling thread.
+// false. GetLastError() tells why the account couldn't be added. Runs on the calling thread.
 bool CreateUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type, const wchar_t* password);
 
 // Makes the profile of an account that exists and has none: nobody has logged on to it yet, or its making

@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr double kFirstNewLayout = 5.9;  // Windows Vista and later
 constexpr wchar_t kShellFolders[] =
     L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 constexpr wchar_t kUserShellFolders[] =

@@ -6,6 +6,7 @@
 
 #include "console_run.h"
 #include "profile_file.h"
+#include "support/account_calls.h"
 #include "support/account_place.h"
 #include "support/host_path.h"
 
@@ -31,6 +32,19 @@ TEST(RestoreCommand, TakesNoGroupForAnAccount) {
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.errors, HasSubstr("Could not get profile path for user: Guests"));
   EXPECT_TRUE(place.files.Exists("Users/Anna/Documents/y"));
+}
+
+// A person who may not make accounts, and is told that a profile is missing.
+TEST(RestoreCommand, TellsWhyAnAccountCouldNotBeMade) {
+  AccountPlace place;
+  place.Add({.name = "Anna"});
+  place.files.File("set/Users/Eve/Documents/x");
+  place.files.File("set/BackupInfo.grxsv", "[Users]\r\nEve=1|E\r\n");
+  const FailingAccountCall failing("NetUserAdd");
+  const ConsoleRun run =
+      Norvanectl({"restore", Utf8(place.files / "set"), "--log", Utf8(place.files / "norvane.log")});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, HasSubstr("Could not get profile path for user: Eve (Access is denied.)"));
 }
 
 // A link in a disk's place for accounts, or for the info file, leads to somebody else's data.

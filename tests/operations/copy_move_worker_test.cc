@@ -46,6 +46,18 @@ TEST(CopyMoveWorker, TakesTheFoldersOfAProfile) {
   }
 }
 
+// A selection that nobody has looked at, and a folder that is moved into itself.
+TEST(CopyMoveWorker, RefusesAFolderInsideItself) {
+  CopyMoveRun run(0, false, true);
+  FillProfile(run);
+  run.document.SetValue(L"Settings", L"CMDstFolder", (run.files / "from/Documents/to").CStr());
+  const std::vector<std::string> before = run.files.List("from");
+  run.Run();
+  EXPECT_EQ(run.files.List("from"), before);
+  EXPECT_EQ(run.context->failures, 1);
+  EXPECT_TRUE(run.IsTold("Error! Source and destination are in each other: "));
+}
+
 TEST(CopyMoveWorker, TakesAPlainFolderWhole) {
   CopyMoveRun run(4, false);
   FillProfile(run);
