@@ -29,4 +29,4 @@ WString OtherFolderExclusions(const wchar_t* consoleSid, const wchar_t* consoleP
 // All trees of a run: the ticked accounts, then the ticked extra folders. Accounts that can't be found
 // are passed over.
 std::vector<RunTree> ListBackupTrees(const BackupSelection& selection, const wchar_t* setFolder,
-                                        double windowsVersion);
+                                     double windowsVersion);

@@ -30,7 +30,7 @@ struct RestoreTarget {
 // The trees of one account, and the folders that have none.
 struct RestoreTrees {
   std::vector<RunTree> trees;
-  WStringArray notFound;        // folders that the target account's hive doesn't name
+  WStringArray notFound;         // folders that the target account's hive doesn't name
   WStringArray protectedPlaces;  // folders that it puts where a restore doesn't write: value, path, reason
 };
 

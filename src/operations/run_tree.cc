@@ -19,8 +19,8 @@ void AddApplicationData(std::vector<RunTree>& trees, RunTree whole, ApplicationD
   inner.inner = true;
   if (inner.sourceBase.IsEmpty()) inner.sourceBase = whole.source;
   if (inner.targetBase.IsEmpty()) inner.targetBase = whole.target;
-  for (const wchar_t* const* leaf = part == ApplicationData::kRoaming ? kRoamingFolders : kLocalFolders; *leaf;
-       leaf++) {
+  for (const wchar_t* const* leaf = part == ApplicationData::kRoaming ? kRoamingFolders : kLocalFolders;
+       *leaf; leaf++) {
     const WString relative = WString(L"Microsoft\\Windows\\") + *leaf;
     inner.source = PathBelow(whole.source, relative.CStr());
     inner.target = PathBelow(whole.target, relative.CStr());

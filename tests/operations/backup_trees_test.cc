@@ -92,8 +92,7 @@ TEST(BackupTrees, AreThoseOfTheTickedRows) {
   selection.extraTicked = {false, true};
 
   std::vector<std::string> targets;
-  for (const RunTree& tree : ListBackupTrees(selection, L"E:\\X", 6.1))
-    targets.push_back(Utf8(tree.target));
+  for (const RunTree& tree : ListBackupTrees(selection, L"E:\\X", 6.1)) targets.push_back(Utf8(tree.target));
   EXPECT_THAT(targets, ElementsAre("E:\\X\\Users\\Bob\\Desktop",
                                    "E:\\X\\ExtraFolders\\64C8003575A33831C5D0C3471BB51F6A"));
 }
