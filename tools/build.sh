@@ -106,21 +106,24 @@ RunBench() {
   exec "$project/bench/run" "$@"
 }
 
-# ./dev fuzz [MINUTES]: each fuzzer in turn, with what it found before and a few inputs to begin with.
+# ./dev fuzz [MINUTES]: all fuzzers in turn, in that time together, each with what it found before and a few
+# inputs to begin with.
 RunFuzz() {
-  local minutes=${1-1} fuzzer name log
-  local -a corpus
+  local minutes=${1-1} fuzzer name log seconds
+  local -a corpus fuzzers
   [[ $minutes =~ ^[1-9][0-9]*$ ]] || Die "usage: ./dev fuzz [MINUTES]"
   NeedPackages "${packages_linux[@]}" "${packages_fuzz[@]}"
   BuildPreset linux-fuzz fuzzers
-  for fuzzer in "$build"/linux-fuzz/tests/fuzz/*_fuzzer; do
+  fuzzers=("$build"/linux-fuzz/tests/fuzz/*_fuzzer)
+  seconds=$((minutes * 60 / ${#fuzzers[@]}))
+  for fuzzer in "${fuzzers[@]}"; do
     name=${fuzzer##*/} log=$build/fuzz/$name.log
     corpus=("$build/fuzz/$name")
     mkdir -p "${corpus[0]}"
     [[ ! -d $project/tests/fuzz/seeds/$name ]] || corpus+=("$project/tests/fuzz/seeds/$name")
-    Say "$name: $minutes min; what it finds goes to build/fuzz/"
+    Say "$name: $seconds s; what it finds goes to build/fuzz/"
     # A crash ends the loop: its input lies beside the corpus.
-    "$fuzzer" -max_total_time=$((minutes * 60)) -timeout=20 -rss_limit_mb=2048 \
+    "$fuzzer" -max_total_time=$seconds -timeout=20 -rss_limit_mb=2048 \
       -artifact_prefix="$build/fuzz/$name-" "${corpus[@]}" >"$log" 2>&1 </dev/null || {
       tail -n 40 "$log" >&2
       Die "$name found a fault; see $log"
