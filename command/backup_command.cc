@@ -2,7 +2,6 @@
 
 #include "backup_plan.h"
 #include "dry_run.h"
-#include "interrupt.h"
 #include "operation_run.h"
 #include "operations/backup_start.h"
 #include "operations/backup_target.h"
@@ -112,8 +111,6 @@ ExitCode RunBackupCommand(const ConsoleArguments& arguments, AppObject& app, Con
   PlanProblem problem;
   if (!PlanBackup(arguments, app, plan, problem))
     return Refuse(arguments, problem.sentence, output, problem.exitCode);
-  if (InterruptGuard::IsRequested()) {
-    return Refuse(arguments, "Stopped before anything was made.", output, kExitStopped);
-  }
+  if (RefuseIfStopped(arguments, output)) return kExitStopped;
   return arguments.isDryRun ? TellPlan(arguments, plan, app, output) : RunPlan(arguments, plan, app, output);
 }

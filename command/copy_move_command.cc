@@ -3,7 +3,6 @@
 #include "copy_move_plan.h"
 #include "dry_run.h"
 #include "folder_list.h"
-#include "interrupt.h"
 #include "operation_run.h"
 #include "operations/copy_move_trees.h"
 #include "refusal.h"
@@ -52,9 +51,7 @@ ExitCode RunCopyMoveCommand(const ConsoleArguments& arguments, AppObject& app, C
   PlanProblem problem;
   if (!PlanCopyMove(arguments, selection, problem))
     return Refuse(arguments, problem.sentence, output, problem.exitCode);
-  if (InterruptGuard::IsRequested()) {
-    return Refuse(arguments, "Stopped before anything was made.", output, kExitStopped);
-  }
+  if (RefuseIfStopped(arguments, output)) return kExitStopped;
   return arguments.isDryRun ? TellPlan(arguments, selection, output)
                             : RunPlan(arguments, selection, app, output);
 }

@@ -1,5 +1,6 @@
 #include "refusal.h"
 
+#include "interrupt.h"
 #include "json_line.h"
 
 ExitCode Refuse(const ConsoleArguments& arguments, const std::string& sentence, ConsoleOutput& output,
@@ -12,4 +13,10 @@ ExitCode Refuse(const ConsoleArguments& arguments, const std::string& sentence, 
   }
   output.Error("norvanectl: " + sentence);
   return exitCode;
+}
+
+bool RefuseIfStopped(const ConsoleArguments& arguments, ConsoleOutput& output) {
+  if (!InterruptGuard::IsRequested()) return false;
+  Refuse(arguments, "Stopped before anything was made.", output, kExitStopped);
+  return true;
 }

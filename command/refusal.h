@@ -12,3 +12,6 @@
 // `exitCode` back.
 ExitCode Refuse(const ConsoleArguments& arguments, const std::string& sentence, ConsoleOutput& output,
                 ExitCode exitCode = kExitNothingDone);
+
+// To be asked between the decisions and the run: whether Ctrl+C came meanwhile. It is said then.
+bool RefuseIfStopped(const ConsoleArguments& arguments, ConsoleOutput& output);

@@ -1,7 +1,6 @@
 #include "restore_command.h"
 
 #include "dry_run.h"
-#include "interrupt.h"
 #include "operation_run.h"
 #include "operations/copy_failure.h"
 #include "operations/restore_start.h"
@@ -102,8 +101,6 @@ ExitCode RunRestoreCommand(const ConsoleArguments& arguments, AppObject& app, Co
   const bool isPlanned = PlanRestore(arguments, app, plan, problem);
   TellNotes(arguments, plan.notes, output);
   if (!isPlanned) return Refuse(arguments, problem.sentence, output, problem.exitCode);
-  if (InterruptGuard::IsRequested()) {
-    return Refuse(arguments, "Stopped before anything was made.", output, kExitStopped);
-  }
+  if (RefuseIfStopped(arguments, output)) return kExitStopped;
   return arguments.isDryRun ? TellPlan(arguments, plan, output) : RunPlan(arguments, plan, app, output);
 }

@@ -7,6 +7,7 @@
 #include "operations/backup_trees.h"
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
+#include "operations/document_keys.h"
 #include "operations/operation_context.h"
 #include "operations/path_queries.h"
 #include "operations/phase_runner.h"
@@ -50,14 +51,8 @@ bool BackupWorker::RunAll() {
 }
 
 bool BackupWorker::RunUsers(uint32_t mask) {
-  uint32_t first, end;
-  document_.FindSection(kBackupUsersSection, first, end);
-  if (first == 0) return true;
-  for (uint32_t line = document_.NextKeyLine(first, end); line != 0;
-       line = document_.NextKeyLine(line, end)) {
-    WString name, value;
-    if (IsStopped(context_)) return false;
-    if (document_.ParseKeyLine(line, name, value) && !RunUser(name.CStr(), mask)) return false;
+  for (const KeyEntry& user : ReadKeys(document_, kBackupUsersSection)) {
+    if (IsStopped(context_) || !RunUser(user.key.CStr(), mask)) return false;
   }
   return true;
 }
@@ -88,18 +83,12 @@ void BackupWorker::ReportFolders(const UserTrees& user, const wchar_t* name) {
 }
 
 bool BackupWorker::RunExtraFolders() {
-  uint32_t first, end;
-  document_.FindSection(kNewExtraFoldersSection, first, end);
-  if (first == 0) return true;
-  for (uint32_t line = document_.NextKeyLine(first, end); line != 0;
-       line = document_.NextKeyLine(line, end)) {
-    WString path, value;
-    if (!document_.ParseKeyLine(line, path, value)) continue;
+  for (const KeyEntry& folder : ReadKeys(document_, kNewExtraFoldersSection)) {
     RunTree tree;
-    tree.source = path;
-    tree.target = ExtraFolderDestination(document_, setFolder_.CStr(), path.CStr());
+    tree.source = folder.key;
+    tree.target = ExtraFolderDestination(document_, setFolder_.CStr(), folder.key.CStr());
     if (tree.target.IsEmpty()) {
-      ReportFailure(context_, kCannotReadDirectory, path.CStr(), NO_ERROR);
+      ReportFailure(context_, kCannotReadDirectory, folder.key.CStr(), NO_ERROR);
     } else {
       runner_.RunOne(tree);
     }

@@ -1,8 +1,9 @@
 // document_keys.h
 //
-// The two things that every reader and every writer of a selection does with its document.
+// What every reader and every writer of a selection does with its document.
 #pragma once
 #include <cstdint>
+#include <vector>
 
 #include "operations/backup_set.h"
 
@@ -17,6 +18,19 @@ void VisitKeys(IniDocument& document, const wchar_t* section, Visit visit) {
   for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
     if (document.ParseKeyLine(line, key, value)) visit(key, value);
   }
+}
+
+struct KeyEntry {
+  WString key, value;
+};
+
+// The keys of a section, in file order.
+inline std::vector<KeyEntry> ReadKeys(IniDocument& document, const wchar_t* section) {
+  std::vector<KeyEntry> entries;
+  VisitKeys(document, section, [&entries](const WString& key, const WString& value) {
+    entries.push_back({key, value});
+  });
+  return entries;
 }
 
 // A decimal number in the section Settings.

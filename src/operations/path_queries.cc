@@ -27,6 +27,12 @@ bool IsFolderPath(const wchar_t* path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+bool IsRealFolderPath(const wchar_t* path) {
+  DWORD attributes = PathAttributes(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) &&
+         !(attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+}
+
 bool IsMissingPath(const wchar_t* path) {
   if (PathAttributes(path) != INVALID_FILE_ATTRIBUTES) return false;
   DWORD error = GetLastError();

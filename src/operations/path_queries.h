@@ -9,8 +9,9 @@
 // INVALID_FILE_ATTRIBUTES with the reason as the last error. "D:" is the root of the drive.
 DWORD PathAttributes(const wchar_t* path);
 bool IsFilePath(const wchar_t* path);
-bool IsFolderPath(const wchar_t* path);   // also through a junction or a link
-bool IsMissingPath(const wchar_t* path);  // surely not there; false if that can't be found out
+bool IsFolderPath(const wchar_t* path);      // also through a junction or a link
+bool IsRealFolderPath(const wchar_t* path);  // and no reparse point
+bool IsMissingPath(const wchar_t* path);     // surely not there; false if that can't be found out
 
 // Whether the text begins with a drive and a backslash, or with two backslashes.
 bool IsAbsolutePath(const WString& path);

@@ -110,12 +110,15 @@ void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, Re
   }
 }
 
+void AddTargetProfile(const WString& target, ProtectedPlaces& places) {
+  WString account, sid, profile;
+  IsToBeCreated(target.CStr(), account);
+  if (GetAccountSidAndProfile(account.CStr(), sid, &profile)) places.AddTargetProfile(profile.CStr());
+}
+
 void AddTargetProfiles(const RestoreSelection& selection, ProtectedPlaces& places) {
   for (const RestoreUserRow& row : selection.users) {
-    WString account, sid, profile;
-    if (!row.isTicked) continue;
-    IsToBeCreated(row.target.CStr(), account);
-    if (GetAccountSidAndProfile(account.CStr(), sid, &profile)) places.AddTargetProfile(profile.CStr());
+    if (row.isTicked) AddTargetProfile(row.target, places);
   }
 }
 

@@ -41,7 +41,10 @@ void ReadSetRows(IniDocument& document, const RestoreRoot& root, const UserTable
 // The rows that another installation offers, by ScanSource.
 void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, RestoreSelection& selection);
 
-// Makes the profiles of the ticked rows' target accounts places where this run may write.
+// Makes the profile of a row's target account, if it has one, a place where this run may write.
+void AddTargetProfile(const WString& target, ProtectedPlaces& places);
+
+// The same for all ticked rows.
 void AddTargetProfiles(const RestoreSelection& selection, ProtectedPlaces& places);
 
 // Takes the ticks from extra folders that would go where a restore doesn't write of its own accord; a

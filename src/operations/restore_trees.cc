@@ -24,12 +24,6 @@ constexpr wchar_t kNamedFolders[] =
 
 bool Exists(const WString& path) { return PathAttributes(path.CStr()) != INVALID_FILE_ATTRIBUTES; }
 
-bool IsRealFolder(const WString& path) {
-  const DWORD attributes = PathAttributes(path.CStr());
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) &&
-         !(attributes & FILE_ATTRIBUTE_REPARSE_POINT);
-}
-
 struct DataSources {
   WString roaming, local;
 };
@@ -41,7 +35,7 @@ DataSources FindApplicationData(const RestoreRoot& root, const WString& user) {
   DataSources found{PathBelow(user, isOld ? L"Application Data" : L"AppData\\Roaming"),
                     PathBelow(user, isOld ? L"Local Settings\\Application Data" : L"AppData\\Local")};
   // A root may hold a set instead of an installation.
-  if (IsRealFolder(setRoaming) && IsRealFolder(setLocal)) {
+  if (IsRealFolderPath(setRoaming.CStr()) && IsRealFolderPath(setLocal.CStr())) {
     if (!Exists(found.roaming)) found.roaming = setRoaming;
     if (!Exists(found.local)) found.local = setLocal;
   }

@@ -9,6 +9,7 @@
 #include "operations/path_queries.h"
 #include "operations/phase_runner.h"
 #include "operations/protected_places.h"
+#include "operations/restore_selection.h"
 #include "operations/restore_targets.h"
 #include "operations/restore_trees.h"
 #include "operations/run_overlap.h"
@@ -20,10 +21,6 @@
 #include "users/user_table.h"
 
 namespace {
-
-struct Entry {
-  WString key, value;
-};
 
 class RestoreWorker {
  public:
@@ -40,12 +37,10 @@ class RestoreWorker {
   // False if the run was stopped, here and below.
   bool RunAll();
   bool RunUsers(uint32_t mask);
-  bool RunUser(const Entry& entry, uint32_t mask);
+  bool RunUser(const KeyEntry& entry, uint32_t mask);
   bool RunExtraFolders(const wchar_t* section);
 
-  std::vector<Entry> ReadEntries(const wchar_t* section);
-  void AddTargetProfiles(const std::vector<Entry>& entries);
-  bool MakeAccount(const Entry& entry, const WString& account);
+  bool MakeAccount(const KeyEntry& entry, const WString& account);
   bool HasSource(const WString& source);
   bool MayBeAdministrator(const WString& source) const;
   void ReportFolders(const RestoreTrees& trees, const WString& account);
@@ -69,32 +64,16 @@ bool RestoreWorker::RunAll() {
          RunExtraFolders(root_.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection);
 }
 
-std::vector<Entry> RestoreWorker::ReadEntries(const wchar_t* section) {
-  std::vector<Entry> entries;
-  VisitKeys(document_, section, [&entries](const WString& key, const WString& value) {
-    entries.push_back({key, value});
-  });
-  return entries;
-}
-
-void RestoreWorker::AddTargetProfiles(const std::vector<Entry>& entries) {
-  for (const Entry& entry : entries) {
-    WString account, sid, profile;
-    IsToBeCreated(entry.value.CStr(), account);
-    if (GetAccountSidAndProfile(account.CStr(), sid, &profile)) places_.AddTargetProfile(profile.CStr());
-  }
-}
-
 bool RestoreWorker::RunUsers(uint32_t mask) {
-  const std::vector<Entry> entries = ReadEntries(kRestoreUsersSection);
-  AddTargetProfiles(entries);
-  for (const Entry& entry : entries) {
+  const std::vector<KeyEntry> entries = ReadKeys(document_, kRestoreUsersSection);
+  for (const KeyEntry& entry : entries) AddTargetProfile(entry.value, places_);
+  for (const KeyEntry& entry : entries) {
     if (IsStopped(context_) || !RunUser(entry, mask)) return false;
   }
   return true;
 }
 
-bool RestoreWorker::RunUser(const Entry& entry, uint32_t mask) {
+bool RestoreWorker::RunUser(const KeyEntry& entry, uint32_t mask) {
   WString account;
   creationError_ = NO_ERROR;
   if (!IsPlainName(entry.key)) {
@@ -141,7 +120,7 @@ bool RestoreWorker::MayBeAdministrator(const WString& source) const {
 }
 
 // False if there can't be such an account. What else goes wrong shows when the account is looked up.
-bool RestoreWorker::MakeAccount(const Entry& entry, const WString& account) {
+bool RestoreWorker::MakeAccount(const KeyEntry& entry, const WString& account) {
   ShowAccountCreation(context_, entry.key.CStr(), account.CStr());
   WString sid, profile;
   if (GetAccountSidAndProfile(account.CStr(), sid)) {
@@ -188,7 +167,7 @@ bool RestoreWorker::IsOverlapping(const std::vector<RunTree>& trees) {
 }
 
 bool RestoreWorker::RunExtraFolders(const wchar_t* section) {
-  for (const Entry& entry : ReadEntries(section)) {
+  for (const KeyEntry& entry : ReadKeys(document_, section)) {
     RunTree tree;
     if (!ExtraFolderTree(root_, entry.key.CStr(), entry.value.CStr(), tree)) {
       ReportFailure(context_, kCannotReadDirectory, entry.key.CStr(), ERROR_INVALID_NAME);

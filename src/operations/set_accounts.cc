@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "operations/backup_set.h"
+#include "operations/document_keys.h"
 #include "operations/path_queries.h"
 
 namespace {
@@ -24,14 +24,10 @@ struct KeyOrder {
 // The accounts of the last run. All at once, since a lookup in the document takes a walk through it.
 std::set<WString, KeyOrder> ReadChosen(IniDocument& document) {
   std::set<WString, KeyOrder> seen, chosen;
-  uint32_t first = 0, end = 0;
-  document.FindSection(kBackupUsersSection, first, end);
-  if (first == 0) return chosen;
-  WString name, value;
-  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
-    const bool isFirst = document.ParseKeyLine(line, name, value) && seen.insert(name).second;
+  VisitKeys(document, kBackupUsersSection, [&](const WString& name, WString& value) {
+    const bool isFirst = seen.insert(name).second;
     if (isFirst && value.ToUInt32() != 0) chosen.insert(name);
-  }
+  });
   return chosen;
 }
 
@@ -51,16 +47,12 @@ void ParseUserValue(const WString& value, int32_t& privilege, WString& displayNa
 
 std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder) {
   std::vector<SetAccount> accounts;
-  uint32_t first = 0, end = 0;
-  document.FindSection(kUsersSection, first, end);
-  if (first == 0) return accounts;
   const std::set<WString, KeyOrder> chosen = ReadChosen(document);
   std::set<WString, KeyOrder> seen;
-  WString value;
-  for (uint32_t line = document.NextKeyLine(first, end); line != 0; line = document.NextKeyLine(line, end)) {
+  VisitKeys(document, kUsersSection, [&](const WString& name, const WString& value) {
+    if (!seen.insert(name).second) return;  // of two keys of one name the first counts
     SetAccount account;
-    if (!document.ParseKeyLine(line, account.name, value)) continue;
-    if (!seen.insert(account.name).second) continue;  // of two keys of one name the first counts
+    account.name = name;
     ParseUserValue(value, account.privilege, account.displayName);
     account.fullName = account.displayName;
     if (account.displayName.IsEmpty()) account.displayName = account.name;
@@ -68,6 +60,6 @@ std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* se
     account.hasFolder =
         IsPlainName(account.name) && IsFolderPath(UserFolderInSet(setFolder, account.name.CStr()).CStr());
     accounts.push_back(std::move(account));
-  }
+  });
   return accounts;
 }

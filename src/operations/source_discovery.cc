@@ -4,7 +4,7 @@
 
 #include "foundation/directory_enumerator.h"
 #include "foundation/windows_version.h"
-#include "operations/backup_set.h"
+#include "operations/document_keys.h"
 #include "operations/installation_hive.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
@@ -31,18 +31,13 @@ WString EntriesOf(const WString& folder) {
   return pattern;
 }
 
-bool IsRealDirectory(const WString& path) {
-  const DWORD attributes = PathAttributes(path.CStr());
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-         (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-}
-
 double VersionFromFolders(const WString& root) {
-  if (IsRealDirectory(PathBelow(root, L"ProgramData\\Microsoft\\Windows"))) {
-    return IsRealDirectory(PathBelow(root, L"ProgramData\\Microsoft\\Windows\\AppRepository")) ? 10.0 : 6.2;
+  if (IsRealFolderPath(PathBelow(root, L"ProgramData\\Microsoft\\Windows").CStr())) {
+    return IsRealFolderPath(PathBelow(root, L"ProgramData\\Microsoft\\Windows\\AppRepository").CStr()) ? 10.0
+                                                                                                       : 6.2;
   }
-  if (IsRealDirectory(PathBelow(root, L"Documents and Settings"))) return 5.1;
-  if (IsRealDirectory(PathBelow(root, L"Users"))) return 6.1;
+  if (IsRealFolderPath(PathBelow(root, L"Documents and Settings").CStr())) return 5.1;
+  if (IsRealFolderPath(PathBelow(root, L"Users").CStr())) return 6.1;
   return 0.0;
 }
 
@@ -57,7 +52,7 @@ void ScanUsers(const WString& root, double version, const UserTable& accounts, S
   const WString users = PathBelow(root, version >= kFirstNewLayout ? L"Users" : L"Documents and Settings");
   // On a newer Windows "Documents and Settings" is a junction, and it leads to the accounts of the machine
   // that runs now.
-  if (!IsRealDirectory(users)) return;
+  if (!IsRealFolderPath(users.CStr())) return;
   DirectoryEnumerator folders;
   for (bool found = folders.First(EntriesOf(users).CStr(), kSkipReparsePoints | kOnlyDirectories); found;
        found = folders.Next()) {
@@ -74,15 +69,11 @@ void ScanExtraFolders(const WString& root, SourceScan& scan) {
   const WString file = FindScannedInfoFile(root.CStr());
   if (file.IsEmpty() || CheckInfoFile(file.CStr()) != InfoFileState::kReadable) return;
   IniDocument document(file.CStr());
-  uint32_t first = 0, end = 0;
-  document.FindSection(kRestoreFromExtraFoldersSection, first, end);
-  if (first == 0) return;
-  WString key, target;
-  for (uint32_t line = document.NextKeyLine(first, end); line; line = document.NextKeyLine(line, end)) {
-    if (!document.ParseKeyLine(line, key, target) || !IsPlainRelativePath(key.CStr())) continue;
+  VisitKeys(document, kRestoreFromExtraFoldersSection, [&](const WString& key, const WString& target) {
+    if (!IsPlainRelativePath(key.CStr())) return;
     scan.extraFolders.Add(PathBelow(root, key.CStr()).CStr());
     scan.extraTargets.Add(target.CStr());
-  }
+  });
 }
 
 }  // namespace
