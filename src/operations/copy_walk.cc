@@ -45,14 +45,16 @@ class CopyWalk {
     HeldDirectory held;
     int32_t length;         // of the directory's path
     bool isProven = false;  // see FileInHand::isFolderProven
+    bool isNew = false;     // see FileInHand::isFolderNew
   };
 
   bool Step();
   void EnterDirectory();
-  bool MakeTargetDirectory(HeldDirectory& held);
+  bool MakeTargetDirectory(TargetLevel& level);
   bool IsParentIntact();
   FileInHand InHand(TargetLevel& level) {
-    return {tree_.Entry(), tree_.Size(), tree_.path, target_, level.length, temporary_, level.isProven};
+    return {tree_.Entry(), tree_.Size(), tree_.path,     target_,
+            level.length,  temporary_,   level.isProven, level.isNew};
   }
   void LeaveDirectory();
   void TransferFile();
@@ -123,7 +125,7 @@ void CopyWalk::EnterDirectory() {
     return;
   }
   TargetLevel level{{}, target_.Length(), levels_.empty()};
-  if (!MakeTargetDirectory(level.held)) {
+  if (!MakeTargetDirectory(level)) {
     tree_.Leave();
     result_ = false;
     return;
@@ -131,23 +133,22 @@ void CopyWalk::EnterDirectory() {
   levels_.push_back(std::move(level));
 }
 
-bool CopyWalk::MakeTargetDirectory(HeldDirectory& held) {
+bool CopyWalk::MakeTargetDirectory(TargetLevel& level) {
   DWORD error = NO_ERROR;
   bool isRoot = levels_.empty();
-  bool isNew = false;
   if (target_.Length() == 0) {
     error = ERROR_FILENAME_EXCED_RANGE;
-  } else if (!method_.makeDirectory(tree_.path.CStr(), target_.CStr(), isNew)) {
+  } else if (!method_.makeDirectory(tree_.path.CStr(), target_.CStr(), level.isNew)) {
     error = GetLastError();
   } else {
-    HoldResult holding = held.Open(target_.CStr(), isRoot);
+    HoldResult holding = level.held.Open(target_.CStr(), isRoot);
     if (holding == HoldResult::kFailed) error = GetLastError();
     // What lies behind a link isn't part of the target.
     if (holding == HoldResult::kLink || (!isRoot && !IsParentIntact())) error = ERROR_CANT_ACCESS_FILE;
   }
   if (error == NO_ERROR) return true;
-  if (isNew) {
-    held.Release();
+  if (level.isNew) {
+    level.held.Release();
     RemoveDirectoryW(target_.CStr());
   }
   ReportTargetFailure(context_, kCannotMakeDirectory, target_.CStr(), error);

@@ -15,6 +15,7 @@ struct FileInHand {
   int32_t targetFolderLength;  // of the target's folder in `target`
   WalkPath& temporary;         // scratch: the path of the file in the making
   bool& isFolderProven;        // the target's folder was looked at with something in it
+  bool isFolderNew;            // this walk has made the target's folder
 
   // To be asked when the file in the making stands: whether the target's folder is still itself.
   bool IsTargetFolderIntact();

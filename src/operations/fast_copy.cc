@@ -57,7 +57,7 @@ void TransferByCopy(FileInHand& file, OperationContext& context) {
   DWORD error = ERROR_CANT_ACCESS_FILE;
   Placement placement = Placement::kRefused;
   if (file.IsTargetFolderIntact()) {
-    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), false, context.patience, error);
+    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), Place::kUnknown, context.patience, error);
   }
   if (placement == Placement::kRefused || placement == Placement::kFailed) {
     RemoveTemporary(file.temporary.CStr());
@@ -69,7 +69,7 @@ void TransferByCopy(FileInHand& file, OperationContext& context) {
 
 void TransferFile(FileInHand& file, OperationContext& context) {
   if (context.moveFiles) {
-    TransferByMove(file, context);
+    TransferByMove(file, context, Place::kUnknown);
   } else {
     TransferByCopy(file, context);
   }

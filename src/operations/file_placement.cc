@@ -59,7 +59,7 @@ bool StepAside(const wchar_t* temporary, const wchar_t* target, uint32_t& patien
     if (Rename(target, aside.CStr(), 0, patience)) return true;
     error = GetLastError();
     // The others may be another run's, or wait for somebody to close them.
-    if (error != ERROR_ALREADY_EXISTS && error != ERROR_FILE_EXISTS && error != ERROR_ACCESS_DENIED) break;
+    if (!SaysThatPlaceIsTaken(error) && error != ERROR_ACCESS_DENIED) break;
   }
   SetLastError(error);
   return false;
@@ -88,9 +88,15 @@ Placement ReplaceByForce(const wchar_t* temporary, const wchar_t* target, uint32
 
 }  // namespace
 
-Placement PutInPlace(const wchar_t* temporary, const wchar_t* target, bool targetExists, uint32_t& patience,
+bool SaysThatPlaceIsTaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
+
+Placement PutInPlace(const wchar_t* temporary, const wchar_t* target, Place place, uint32_t& patience,
                      DWORD& error) {
-  if (!targetExists && Rename(temporary, target, 0, patience)) return Placement::kPlaced;
+  if (place != Place::kTaken && Rename(temporary, target, 0, patience)) return Placement::kPlaced;
+  if (place == Place::kNotOurs) {
+    error = GetLastError();
+    return SaysThatPlaceIsTaken(error) ? Placement::kLeft : Placement::kFailed;
+  }
   if (Replace(temporary, target, patience)) return Placement::kReplaced;
   error = GetLastError();
   DWORD attributes = GetFileAttributesW(target);

@@ -3,7 +3,6 @@
 #include "foundation/directory_enumerator.h"
 #include "foundation/unique_handle.h"
 #include "operations/copy_failure.h"
-#include "operations/file_placement.h"
 #include "operations/temporary_file.h"
 
 namespace {
@@ -133,18 +132,19 @@ void FailWriting(const FileInHand& file, OperationContext& context, DWORD error)
   ReportTargetFailure(context, kCannotWrite, file.target.CStr(), error);
 }
 
-void PlaceFile(FileInHand& file, OperationContext& context, bool targetExists, int64_t copied,
+void PlaceFile(FileInHand& file, OperationContext& context, Place place, int64_t copied,
                DWORD attributesError) {
   DWORD error = ERROR_CANT_ACCESS_FILE;
   Placement placement = Placement::kRefused;
   if (file.IsTargetFolderIntact()) {
-    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), targetExists, context.patience, error);
+    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), place, context.patience, error);
   }
   if (placement == Placement::kRefused || placement == Placement::kFailed) {
     RemoveTemporary(file.temporary.CStr());
     if (placement == Placement::kFailed) return FailWriting(file, context, error);
     return ReportTargetFailure(context, kCannotOpenTarget, file.target.CStr(), error);
   }
+  if (placement == Placement::kLeft) return RemoveTemporary(file.temporary.CStr());
   CountFileCopied(context, copied);
   if (placement == Placement::kReplaced && attributesError == NO_ERROR) {
     attributesError = RestoreCreationTime(file.target.CStr(), file.entry.ftCreationTime);
@@ -163,7 +163,7 @@ bool CloseTarget(FileObject& target) {
 
 }  // namespace
 
-void TransferByBlocks(FileInHand& file, OperationContext& context, bool targetExists) {
+void TransferByBlocks(FileInHand& file, OperationContext& context, Place place) {
   if (!OpenSource(file, context.sourceFile)) {
     return ReportFailure(context, kCannotOpenSource, file.source.CStr(), GetLastError());
   }
@@ -185,7 +185,7 @@ void TransferByBlocks(FileInHand& file, OperationContext& context, bool targetEx
     blocks = Blocks::kWriteFailed;
   }
   if (blocks == Blocks::kAll && !isLink)
-    return PlaceFile(file, context, targetExists, copied, attributesError);
+    return PlaceFile(file, context, place, copied, attributesError);
 
   RemoveTemporary(file.temporary.CStr());
   if (isLink) {
@@ -198,12 +198,15 @@ void TransferByBlocks(FileInHand& file, OperationContext& context, bool targetEx
   }
 }
 
-void TransferByMove(FileInHand& file, OperationContext& context) {
+void TransferByMove(FileInHand& file, OperationContext& context, Place place) {
   if (!file.IsTargetFolderIntact()) {
     return ReportTargetFailure(context, kCannotMove, file.source.CStr(), ERROR_CANT_ACCESS_FILE);
   }
-  if (!MoveFileExW(file.source.CStr(), file.target.CStr(), MOVEFILE_REPLACE_EXISTING)) {
-    return ReportTargetFailure(context, kCannotMove, file.source.CStr(), GetLastError());
+  DWORD flags = place == Place::kNotOurs ? 0 : MOVEFILE_REPLACE_EXISTING;
+  if (!MoveFileExW(file.source.CStr(), file.target.CStr(), flags)) {
+    DWORD error = GetLastError();
+    if (place == Place::kNotOurs && SaysThatPlaceIsTaken(error)) return;
+    return ReportTargetFailure(context, kCannotMove, file.source.CStr(), error);
   }
   CountBytesDone(context, file.size);
   CountFileCopied(context, file.size);

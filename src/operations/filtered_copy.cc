@@ -40,24 +40,36 @@ bool MakeDirectory(const wchar_t*, const wchar_t* target, bool& isNew) {
   return isNew || GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
+bool GetTarget(const FileInHand& file, WIN32_FILE_ATTRIBUTE_DATA& target) {
+  return GetFileAttributesExW(file.target.CStr(), GetFileExInfoStandard, &target) != 0;
+}
+
+// What the options leave to do about the file's place; false if the file is to stay where it is.
+bool DecideOnPlace(const FileInHand& file, OperationContext& context, Place& place) {
+  WIN32_FILE_ATTRIBUTE_DATA target;
+  place = Place::kUnknown;
+  if (context.copyOptions & kCopyOnlyMissing) {
+    // A directory that has just been made needs no look. If a file should turn up there all the same, the
+    // placing comes upon it.
+    place = Place::kNotOurs;
+    return file.isFolderNew || !GetTarget(file, target);
+  }
+  if (!(context.copyOptions & kCopyOnlyNewer) || !GetTarget(file, target)) return true;
+  place = Place::kTaken;
+  if (!IsCurrent(file, target, context)) return true;
+  CountBytesDone(context, file.size);
+  return false;
+}
+
 // Decides about a file, and copies or moves it.
 void TransferFile(FileInHand& file, OperationContext& context) {
   if (file.entry.dwFileAttributes & context.attributeMask) return;
-  bool exists = false;
-  if (context.copyOptions & (kCopyOnlyNewer | kCopyOnlyMissing)) {
-    // One look serves both the test for existence and the update test.
-    WIN32_FILE_ATTRIBUTE_DATA target;
-    exists = GetFileAttributesExW(file.target.CStr(), GetFileExInfoStandard, &target) != 0;
-    if (exists && (context.copyOptions & kCopyOnlyMissing)) return;
-    if (exists && IsCurrent(file, target, context)) {
-      CountBytesDone(context, file.size);
-      return;
-    }
-  }
+  Place place;
+  if (!DecideOnPlace(file, context, place)) return;
   if (context.moveFiles) {
-    TransferByMove(file, context);
+    TransferByMove(file, context, place);
   } else {
-    TransferByBlocks(file, context, exists);
+    TransferByBlocks(file, context, place);
   }
 }
 

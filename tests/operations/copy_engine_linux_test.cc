@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "foundation/unique_handle.h"
 #include "machine/machine.h"
@@ -17,6 +18,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 std::filesystem::path OnDisk(const WString& path) {
@@ -119,6 +121,28 @@ TEST(CopyEngineLinks, AreNotWhatOtherReparsePointsAre) {
     EXPECT_EQ(run.context->linksSkipped, 0);
     EXPECT_EQ(run.context->itemsTotal, 1 + 2);
     EXPECT_FALSE(Attributes((run.place / "target/dir/file").CStr()) & FILE_ATTRIBUTE_REPARSE_POINT);
+  }
+}
+
+// A disk that tells names apart by their case holds two files for one place. Nobody looks into a folder that
+// was just made, and all the same neither may the second one replace the first, nor a move lose it.
+TEST(CopyEngine, GivesOnePlaceToTheFirstOfTwoNamesThatDifferInCase) {
+  for (bool moves : {false, true}) {
+    CopyRun run;
+    run.place.Folder("source/dir");
+    for (const char* name : {"file", "FILE"}) {
+      std::ofstream(OnDisk(run.place / "source/dir") / name) << name;
+    }
+    run.context->copyOptions = kCopyOnlyMissing;
+    run.context->moveFiles = moves;
+    EXPECT_TRUE(run.Run());
+    EXPECT_THAT(run.place.List("target"), SizeIs(2));  // the folder and one file
+    EXPECT_EQ(run.context->filesCopied, 1);
+    EXPECT_EQ(run.context->failures, 0);
+    const std::string first = run.place.Read("target/dir/file");
+    const bool isFirstThere = std::filesystem::exists(OnDisk(run.place / "source/dir") / first);
+    EXPECT_EQ(isFirstThere, !moves);
+    EXPECT_TRUE(std::filesystem::exists(OnDisk(run.place / "source/dir") / (first == "file" ? "FILE" : "file")));
   }
 }
 

@@ -25,6 +25,16 @@ TEST(FilePlacement, ReplacesAFileThatItsHoldersLetGo) {
   EXPECT_FALSE(test.place.Exists(test.temporaryName));
 }
 
+// A file that turns up after the look, where only missing files are wanted.
+TEST(FilePlacement, LeavesWhatIsToStay) {
+  Placing test;
+  EXPECT_EQ(test.Put(Place::kNotOurs), Placement::kLeft);
+  EXPECT_EQ(test.place.Read("file"), "old");
+  EXPECT_TRUE(DeleteFileW(test.target.CStr()));
+  EXPECT_EQ(test.Put(Place::kNotOurs), Placement::kPlaced);
+  EXPECT_EQ(test.place.Read("file"), "new");
+}
+
 // Force against a file that can't go would cost it its rights or its name.
 TEST(FilePlacement, LeavesAFileThatIsHeldFast) {
   Placing test;

@@ -17,7 +17,9 @@ struct Placing {
   uint32_t patience = kPatience;
   DWORD error = NO_ERROR;
 
-  Placement Put() { return PutInPlace(temporary.CStr(), target.CStr(), true, patience, error); }
+  Placement Put(Place known = Place::kTaken) {
+    return PutInPlace(temporary.CStr(), target.CStr(), known, patience, error);
+  }
   UniqueFile Hold(const WString& path, DWORD share) {
     return UniqueFile(CreateFileW(path.CStr(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
   }
