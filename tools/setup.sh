@@ -11,6 +11,7 @@ packages_windows=(g++ cmake ninja-build ccache g++-mingw-w64-i686-posix libcli11
                   googletest)
 packages_sources=(dpkg-dev ca-certificates)  # to unpack a source package
 packages_wine=(mmdebstrap ca-certificates)
+packages_emulator=(qemu-user-static)  # only where the kernel starts no 32-bit programs
 packages_tests=(libhivex-bin attr rsync ntfs-3g)
 packages_bench=(strace rsync time)
 packages_fuzz=(clang libclang-rt-14-dev)

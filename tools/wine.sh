@@ -35,6 +35,34 @@ BindMachine() {
   done
 }
 
+# Some virtual machines have kernels that start no 32-bit program. There QEMU runs them, which takes several
+# times as long. The kernel is told so for as long as this namespace lives.
+EmulateWhereNeeded() {
+  local formats=$root/run/binfmt_misc emulator=/usr/bin/qemu-i386-static header mask
+  # For QEMU, also where another namespace has told the kernel already: at its start Wine takes hold of all
+  # that lies above this, piece by piece, which costs QEMU a minute.
+  export QEMU_RESERVED_VA=0x7fff0000
+  RunsThirtyTwoBits "$root" && return 0
+  mkdir -p "$formats"
+  mount -t binfmt_misc norvane-formats "$formats" || {
+    echo "dev: this kernel starts no 32-bit program, and can't be told that QEMU does (binfmt_misc)" >&2
+    exit 1
+  }
+  # The ELF header of an executable or a library for the 80386, and which of its bits count.
+  header='\x7fELF\x01\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\x03\x00'
+  mask='\xff\xff\xff\xff\xff\xfe\xfe\xfc\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff'
+  # F: the emulator is opened now, so that programs inside the root need not find it; O and C: it runs on
+  # the program's own open file and rights. Another namespace may be quicker, so what counts is the last look.
+  [[ -e $formats/norvane-i386 ]] ||
+    printf '%s' ":norvane-i386:M::$header:$mask:$emulator:FOC" >"$formats/register" 2>/dev/null || true
+  RunsThirtyTwoBits "$root" && return 0
+  echo "dev: this kernel starts no 32-bit program, and QEMU doesn't either" >&2
+  exit 1
+}
+
+# Whether this kernel starts the programs of the root that are for the 80386.
+RunsThirtyTwoBits() { "$1/lib/ld-linux.so.2" --version >/dev/null 2>&1; }
+
 # An X server of the program's own; sets `server` and DISPLAY.
 StartDisplay() {
   local number folder
@@ -68,6 +96,7 @@ EnterWine() {
   if ((own_display)); then trap "LeaveDisplay '$prefix'" EXIT; fi
   SealNamespace
   BindMachine
+  EmulateWhereNeeded
   unset LD_PRELOAD LD_LIBRARY_PATH WINEARCH WINELOADER
   export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all} HOME=$project/build/wine-home LANG=C.UTF-8 LC_ALL=C.UTF-8
   export PATH=/usr/sbin:/usr/bin:/sbin:/bin WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winemenubuilder.exe=}
@@ -101,6 +130,10 @@ NeedWine() {
   [[ -f $build/wine-prefix/.ready ]] && return 0
   NeedPackages "${packages_wine[@]}"
   WithLock wine-root MakeWineRoot
+  if ! RunsThirtyTwoBits "$build/wine-root"; then
+    Say "this machine runs no 32-bit programs itself: QEMU runs those of the Wine root"
+    NeedPackages "${packages_emulator[@]}"
+  fi
   WithLock wine-prefix MakeWinePrefix
 }
 
