@@ -11,7 +11,6 @@ packages_windows=(g++ cmake ninja-build ccache g++-mingw-w64-i686-posix libcli11
                   googletest)
 packages_sources=(dpkg-dev ca-certificates)  # to unpack a source package
 packages_wine=(mmdebstrap ca-certificates)
-packages_emulator=(qemu-user-static)  # only where the kernel starts no 32-bit programs
 packages_tests=(libhivex-bin attr rsync ntfs-3g)
 packages_bench=(strace rsync time)
 packages_fuzz=(clang libclang-rt-14-dev)
@@ -76,24 +75,31 @@ NeedPcre2() {
   WithLock pcre2 MakePcre2 "$build/pcre2-windows"
 }
 
-# The machine's own package configuration is left alone: lists and sources of this fetch lie in a folder
-# that goes away again.
+# Sets `apt` to an apt-get that knows one source alone, read into a folder that goes away again: the
+# machine's own package configuration is left as it is.
+UseOwnApt() {
+  local work=$1 source=$2
+  mkdir -p "$work/lists/partial"
+  chmod -R a+rX "$work"
+  echo "$source" >"$work/sources.list"
+  apt=(apt-get -q -o "Dir::Etc::SourceList=$work/sources.list" -o Dir::Etc::SourceParts=/dev/null
+       -o "Dir::State::Lists=$work/lists" -o APT::Sandbox::User=root
+       -o "Dir::Cache::pkgcache=" -o "Dir::Cache::srcpkgcache=")
+}
+
 MakePcre2() {
   local target=$1 work mirror
+  local -a apt
   [[ -f $target/lib/libpcre2-16.a ]] && return 0
   Say "making PCRE2 for Windows"
   mirror=$(DebianMirror)
   work=$(mktemp -d /tmp/norvane-pcre2.XXXXXX)
-  mkdir -p "$work/lists/partial" "$work/source"
-  chmod -R a+rX "$work"
-  echo "deb-src $mirror bookworm main" >"$work/sources.list"
+  mkdir "$work/source"
+  UseOwnApt "$work" "deb-src $mirror bookworm main"
   (
     cd "$work/source"
-    options=(-q -o "Dir::Etc::SourceList=$work/sources.list" -o Dir::Etc::SourceParts=/dev/null
-             -o "Dir::State::Lists=$work/lists" -o APT::Sandbox::User=root
-             -o "Dir::Cache::pkgcache=" -o "Dir::Cache::srcpkgcache=")
-    apt-get "${options[@]}" update
-    apt-get "${options[@]}" source pcre2
+    "${apt[@]}" update
+    "${apt[@]}" source pcre2
     cmake -S "$work"/source/pcre2-*/ -B "$work/build" -G Ninja \
       -DCMAKE_TOOLCHAIN_FILE="$project/cmake/windows-toolchain.cmake" -DCMAKE_BUILD_TYPE=Release \
       -DCMAKE_INSTALL_PREFIX="$target.part" -DPCRE2_BUILD_PCRE2_16=ON -DPCRE2_BUILD_PCRE2_8=OFF \

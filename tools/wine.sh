@@ -36,13 +36,21 @@ BindMachine() {
 }
 
 # Some virtual machines have kernels that start no 32-bit program. There QEMU runs them, which takes several
-# times as long. The kernel is told so for as long as this namespace lives.
+# times as long.
 EmulateWhereNeeded() {
-  local formats=$root/run/binfmt_misc emulator=/usr/bin/qemu-i386-static header mask
-  # For QEMU, also where another namespace has told the kernel already: at its start Wine takes hold of all
-  # that lies above this, piece by piece, which costs QEMU a minute.
+  local formats=$root/run/binfmt_misc
+  RunsThirtyTwoBits "$root" || RegisterEmulator "$formats"
+  # Another namespace may have told the kernel; the folder shows that it had to be told.
+  [[ -d $formats ]] || return 0
+  # At its start Wine takes hold of all that lies above this, piece by piece, which costs QEMU a minute.
   export QEMU_RESERVED_VA=0x7fff0000
-  RunsThirtyTwoBits "$root" && return 0
+  # The C library needs it at the end of a thread, and then finds no room any more to load it into.
+  export LD_PRELOAD=libgcc_s.so.1
+}
+
+# Tells the kernel to have QEMU run programs for the 80386, for as long as a namespace has `formats` mounted.
+RegisterEmulator() {
+  local formats=$1 emulator=$project/build/qemu-i386 header mask
   mkdir -p "$formats"
   mount -t binfmt_misc norvane-formats "$formats" || {
     echo "dev: this kernel starts no 32-bit program, and can't be told that QEMU does (binfmt_misc)" >&2
@@ -96,8 +104,8 @@ EnterWine() {
   if ((own_display)); then trap "LeaveDisplay '$prefix'" EXIT; fi
   SealNamespace
   BindMachine
-  EmulateWhereNeeded
   unset LD_PRELOAD LD_LIBRARY_PATH WINEARCH WINELOADER
+  EmulateWhereNeeded
   export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all} HOME=$project/build/wine-home LANG=C.UTF-8 LC_ALL=C.UTF-8
   export PATH=/usr/sbin:/usr/bin:/sbin:/bin WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winemenubuilder.exe=}
   [[ -d $root$folder ]] || folder=$project
@@ -131,8 +139,7 @@ NeedWine() {
   NeedPackages "${packages_wine[@]}"
   WithLock wine-root MakeWineRoot
   if ! RunsThirtyTwoBits "$build/wine-root"; then
-    Say "this machine runs no 32-bit programs itself: QEMU runs those of the Wine root"
-    NeedPackages "${packages_emulator[@]}"
+    WithLock emulator MakeEmulator
   fi
   WithLock wine-prefix MakeWinePrefix
 }
@@ -153,6 +160,29 @@ MakeWineRoot() {
     Die "the Wine root could not be made; see $build/wine-root.log"
   }
   mv "$root.part" "$root"
+}
+
+# One file out of Debian's package, which has emulators for all processors. The version of Debian 12 itself
+# crashes with several threads; the one of its backports doesn't.
+MakeEmulator() {
+  local work
+  local -a apt
+  [[ -x $build/qemu-i386 ]] && return 0
+  Say "this machine starts no 32-bit programs: getting QEMU for those of the Wine root"
+  work=$(mktemp -d /tmp/norvane-qemu.XXXXXX)
+  UseOwnApt "$work" "deb $(DebianMirror) bookworm-backports main"
+  (
+    cd "$work"
+    "${apt[@]}" update
+    "${apt[@]}" download qemu-user
+    dpkg-deb --fsys-tarfile qemu-user_*.deb | tar -xO ./usr/bin/qemu-i386 >"$build/qemu-i386.part"
+    chmod +x "$build/qemu-i386.part"
+  ) </dev/null >"$build/qemu.log" 2>&1 || {
+    tail -n 20 "$build/qemu.log" >&2
+    Die "QEMU could not be fetched; see $build/qemu.log"
+  }
+  rm -rf "$work"
+  mv "$build/qemu-i386.part" "$build/qemu-i386"
 }
 
 # The prefix, which is the Windows machine: its drive C and its registry.

@@ -6,6 +6,7 @@
 #include "operations/copy_failure.h"
 #include "operations/link_watch.h"
 #include "operations/source_walk.h"
+#include "operations/temporary_file.h"
 
 namespace {
 
@@ -56,6 +57,7 @@ class CopyWalk {
     return {tree_.Entry(), tree_.Size(), tree_.path,     target_,
             level.length,  temporary_,   level.isProven, level.isNew};
   }
+  void RemoveLeftoversHere();
   void LeaveDirectory();
   void TransferFile();
   void ReportEntryTooLong();
@@ -77,6 +79,8 @@ bool CopyWalk::Step() {
   if (step == SourceWalk::Step::kEnd || step == SourceWalk::Step::kBrokenOff) {
     if (step == SourceWalk::Step::kBrokenOff) {
       ReportFailure(context_, kCannotReadDirectory, tree_.path.CStr(), tree_.error);
+    } else if (!levels_.back().isNew && !IsStopped(context_)) {
+      RemoveLeftoversHere();
     }
     LeaveDirectory();
     return true;
@@ -161,6 +165,12 @@ bool CopyWalk::IsParentIntact() {
   TargetLevel& level = levels_.back();
   FileInHand made = InHand(level);
   return made.IsTargetFolderIntact();
+}
+
+// Not before all files have got to their places: a leftover may be an older file that had stepped aside.
+void CopyWalk::RemoveLeftoversHere() {
+  temporary_.AssignFolder(target_, target_.Length());
+  RemoveLeftovers(temporary_);
 }
 
 void CopyWalk::LeaveDirectory() {

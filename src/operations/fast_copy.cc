@@ -57,7 +57,8 @@ void TransferByCopy(FileInHand& file, OperationContext& context) {
   DWORD error = ERROR_CANT_ACCESS_FILE;
   Placement placement = Placement::kRefused;
   if (file.IsTargetFolderIntact()) {
-    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), Place::kUnknown, context.patience, error);
+    placement =
+        PutInPlace(file.temporary.CStr(), file.target.CStr(), Place::kUnknown, context.patience, error);
   }
   if (placement == Placement::kRefused || placement == Placement::kFailed) {
     RemoveTemporary(file.temporary.CStr());

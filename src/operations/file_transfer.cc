@@ -184,8 +184,7 @@ void TransferByBlocks(FileInHand& file, OperationContext& context, Place place) 
     error = GetLastError();
     blocks = Blocks::kWriteFailed;
   }
-  if (blocks == Blocks::kAll && !isLink)
-    return PlaceFile(file, context, place, copied, attributesError);
+  if (blocks == Blocks::kAll && !isLink) return PlaceFile(file, context, place, copied, attributesError);
 
   RemoveTemporary(file.temporary.CStr());
   if (isLink) {

@@ -68,6 +68,16 @@ bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name) {
   return true;
 }
 
+void RemoveLeftovers(WalkPath& folder) {
+  const int32_t length = folder.Length();
+  for (int index = 0; index < kNames; index++) {
+    wchar_t name[sizeof(kStem) / sizeof(wchar_t) + 1];
+    NameOf(index, name);
+    folder.Cut(length);
+    if (folder.Push(name) && IsPlainFile(folder.CStr())) ForceDelete(folder.CStr(), 0);
+  }
+}
+
 void RemoveTemporary(const wchar_t* path) {
   if (!DeleteFileW(path) && IsPlainFile(path)) ForceDelete(path, kDeleteTakeOwnership);
 }

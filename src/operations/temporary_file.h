@@ -40,5 +40,8 @@ class TemporaryName {
 // to `name`. A leftover of that name is removed. False where there are no more.
 bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name);
 
+// Removes what runs that were cut off have left in the folder of that path; the path is changed.
+void RemoveLeftovers(WalkPath& folder);
+
 // Removes a file in the making that didn't come to its place.
 void RemoveTemporary(const wchar_t* path);

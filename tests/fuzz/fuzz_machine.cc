@@ -15,6 +15,8 @@ std::string MakeMachine() {
   static std::string folder = (std::filesystem::temp_directory_path() / "norvane-fuzz.XXXXXX").string();
   std::string error;
   machine::MachinePlan plan;
+  plan.accounts.emplace_back();
+  plan.accounts.back().name = "Anna";
   machine::Machine made;
   Require(mkdtemp(folder.data()) != nullptr, "a temporary folder");
   const bool isMade =

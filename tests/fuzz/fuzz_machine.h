@@ -1,6 +1,7 @@
 // fuzz_machine.h
 //
-// A machine folder for a fuzzer, made at its first use and removed at the end of the process.
+// A machine folder with the account Anna for a fuzzer, made at its first use and removed at the end of the
+// process.
 #pragma once
 #include <cstddef>
 #include <cstdint>

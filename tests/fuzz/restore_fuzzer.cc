@@ -13,13 +13,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What is on the drive, but for the set, the log and the folders that may be written to.
+// What is on the drive, but for the set and the folders that may be written to.
 std::string Listing() {
   std::string text;
   for (auto it = fs::recursive_directory_iterator(FuzzDrive()); it != fs::recursive_directory_iterator();
        ++it) {
     const std::string path = it->path().string().substr(FuzzDrive().size());
-    if (path == "/Test" || path == "/Chosen") {
+    if (path == "/Test" || path == "/Chosen" || path == "/Users/Anna") {
       it.disable_recursion_pending();
       continue;
     }
@@ -36,8 +36,10 @@ void PutFile(const std::string& path) {
 }
 
 bool Prepare() {
-  for (const char* name : {"Anna", "Bob", "Users", "x"})
-    PutFile(std::string("/Test/Users/") + name + "/Other/f");
+  for (const char* name : {"Anna", "Bob", "Users", "x"}) {
+    for (const char* folder : {"AppData", "LocalAppData", "Desktop", "Documents", "Other"})
+      PutFile(std::string("/Test/Users/") + name + "/" + folder + "/f");
+  }
   for (const char* name : {"A", "B", "0123456789ABCDEF0123456789ABCDEF"})
     PutFile(std::string("/Test/ExtraFolders/") + name + "/f");
   PutFile("/secret");
@@ -58,15 +60,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   const RestoreRoot root{WString(L"C:\\Test"), true, 0.0};
   RestoreSelection selection;
-  UserTable nobody = {};
-  ReadSetRows(document, root, nobody, selection);
+  const std::unique_ptr<UserTable> accounts = LoadUserTable();
+  ReadSetRows(document, root, *accounts, selection);
   if (selection.users.size() > 20) selection.users.resize(20);
   for (RestoreUserRow& row : selection.users) {
     const WString folder = UserFolderInRoot(root, row.source.CStr());
     Require(folder.Find(L"..\\") == 0, "a row stays in the set");
-    row.target = L"Nobody";
+    // An account that was made would stay for the inputs that come after.
+    if (!row.target.EqualsNoCase(L"Anna")) row.target = row.source.Length() % 2 ? L"Nobody" : L"Anna";
   }
-  const ProtectedPlaces places(nobody);
+  const ProtectedPlaces places(*accounts);
   UntickProtected(places, selection);
   // A person takes each folder to one place.
   for (RestoreFolderRow& row : selection.extraFolders) row.target = L"C:\\Chosen";
@@ -84,5 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           "a restore comes to its end");
   Require(Listing() == before, "nothing is written outside the chosen places");
   fs::remove_all(FuzzDrive() + "/Chosen");
+  for (const char* folder : {"AppData", "Desktop", "Documents", "Other"})
+    fs::remove_all(FuzzDrive() + "/Users/Anna/" + folder);
   return 0;
 }

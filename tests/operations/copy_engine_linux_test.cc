@@ -142,7 +142,8 @@ TEST(CopyEngine, GivesOnePlaceToTheFirstOfTwoNamesThatDifferInCase) {
     const std::string first = run.place.Read("target/dir/file");
     const bool isFirstThere = std::filesystem::exists(OnDisk(run.place / "source/dir") / first);
     EXPECT_EQ(isFirstThere, !moves);
-    EXPECT_TRUE(std::filesystem::exists(OnDisk(run.place / "source/dir") / (first == "file" ? "FILE" : "file")));
+    EXPECT_TRUE(
+        std::filesystem::exists(OnDisk(run.place / "source/dir") / (first == "file" ? "FILE" : "file")));
   }
 }
 

@@ -289,6 +289,11 @@ TEST(CopyEngine, RemovesLeftoversOfARunThatWasCutOff) {
     EXPECT_TRUE(run.Run(fast));
     EXPECT_THAT(run.place.List("target"), ElementsAre("file"));
     EXPECT_EQ(run.context->itemsTotal, 1 + 1);
+    // The next run may have nothing to write.
+    run.place.File("target/" + leftover + "2", "torn");
+    run.context->copyOptions = kCopyOnlyMissing;
+    EXPECT_TRUE(run.Run(fast));
+    EXPECT_THAT(run.place.List("target"), ElementsAre("file"));
   }
 }
 
