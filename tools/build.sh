@@ -39,8 +39,8 @@ RunBuild() {
   esac
 }
 
-# Where the tests make their files: in memory, if the machine has room for that and keeps attributes there. The
-# campaigns make and remove some millions of files, of which a disk takes many times as long.
+# Where the tests make their files: in memory, if the machine has room for that and keeps attributes there.
+# The campaigns make and remove very many files, and much of their time on a disk is waiting for it.
 FolderForFiles() {
   local folder=${TMPDIR:-/tmp} place room
   room=$(df --output=avail -B 1G /dev/shm 2>/dev/null | tail -n 1) || room=0

@@ -33,7 +33,7 @@ class OperationFaults : public testing::TestWithParam<Operation> {
   }
 
   // A campaign in full takes every call; a usual one takes each third, another for each operation.
-  static uint64_t Stride() { return std::getenv("NORVANE_EVERY_CALL") ? 1 : 9; }
+  static uint64_t Stride() { return std::getenv("NORVANE_EVERY_CALL") ? 1 : 3; }
   uint64_t First(uint64_t number = 0) const {
     return 1 + (static_cast<uint64_t>(GetParam()) + number) % Stride();
   }
