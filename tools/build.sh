@@ -118,30 +118,45 @@ RunBench() {
   exec "$project/bench/run" "$@"
 }
 
-# ./dev fuzz [MINUTES]: all fuzzers in turn, in that time together, each with what it found before and a few
-# inputs to begin with.
+# One fuzzer for `seconds`, with what it found before and a few inputs to begin with.
+RunFuzzer() {
+  local fuzzer=$1 seconds=$2 name=${1##*/} log end
+  local -a corpus=("$build/fuzz/$name")
+  log=$build/fuzz/$name.log
+  mkdir -p "${corpus[0]}"
+  [[ ! -d $project/tests/fuzz/seeds/$name ]] || corpus+=("$project/tests/fuzz/seeds/$name")
+  Say "$name: $seconds s; what it finds goes to build/fuzz/"
+  # A crash ends the loop: its input lies beside the corpus.
+  "$fuzzer" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
+    -artifact_prefix="$build/fuzz/$name-" "${corpus[@]}" >"$log" 2>&1 </dev/null || {
+    tail -n 40 "$log" >&2
+    Die "$name found a fault; see $log"
+  }
+  end=$(grep -E '^Done [0-9]+ runs' "$log") || Die "$name didn't come to its end; see $log"
+  echo "$name: $end"
+}
+
+# ./dev fuzz [MINUTES]: all fuzzers, that long together, as many at once as there are processors.
 RunFuzz() {
-  local minutes=${1-1} fuzzer name log seconds
-  local -a corpus fuzzers
+  local minutes=${1-1} fuzzer seconds running=0 status=0
+  local -a fuzzers
   [[ $minutes =~ ^[1-9][0-9]*$ ]] || Die "usage: ./dev fuzz [MINUTES]"
   NeedPackages "${packages_linux[@]}" "${packages_fuzz[@]}"
   BuildPreset linux-fuzz fuzzers
   fuzzers=("$build"/linux-fuzz/tests/fuzz/*_fuzzer)
   seconds=$((minutes * 60 / ${#fuzzers[@]}))
   for fuzzer in "${fuzzers[@]}"; do
-    name=${fuzzer##*/} log=$build/fuzz/$name.log
-    corpus=("$build/fuzz/$name")
-    mkdir -p "${corpus[0]}"
-    [[ ! -d $project/tests/fuzz/seeds/$name ]] || corpus+=("$project/tests/fuzz/seeds/$name")
-    Say "$name: $seconds s; what it finds goes to build/fuzz/"
-    # A crash ends the loop: its input lies beside the corpus.
-    "$fuzzer" -max_total_time=$seconds -timeout=20 -rss_limit_mb=2048 \
-      -artifact_prefix="$build/fuzz/$name-" "${corpus[@]}" >"$log" 2>&1 </dev/null || {
-      tail -n 40 "$log" >&2
-      Die "$name found a fault; see $log"
-    }
-    grep -E '^Done [0-9]+ runs' "$log" || Die "$name didn't come to its end; see $log"
+    if ((running == $(nproc))); then
+      wait -n || status=1
+      running=$((running - 1))
+    fi
+    (RunFuzzer "$fuzzer" "$seconds") &
+    running=$((running + 1))
   done
+  for (( ; running > 0; running--)); do
+    wait -n || status=1
+  done
+  ((status == 0)) || Die "not all fuzzers came to their end"
 }
 
 # ./dev setup: all that any command needs.

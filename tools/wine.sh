@@ -135,13 +135,15 @@ IsWindowProgram() {
 }
 
 NeedWine() {
-  [[ -f $build/wine-prefix/.ready ]] && return 0
-  NeedPackages "${packages_wine[@]}"
-  WithLock wine-root MakeWineRoot
-  if ! RunsThirtyTwoBits "$build/wine-root"; then
+  if [[ ! -f $build/wine-prefix/.ready ]]; then
+    NeedPackages "${packages_wine[@]}"
+    WithLock wine-root MakeWineRoot
+  fi
+  # Also where the prefix is ready: build/ may have been carried here from another machine.
+  if [[ ! -x $build/qemu-i386 ]] && ! RunsThirtyTwoBits "$build/wine-root"; then
     WithLock emulator MakeEmulator
   fi
-  WithLock wine-prefix MakeWinePrefix
+  [[ -f $build/wine-prefix/.ready ]] || WithLock wine-prefix MakeWinePrefix
 }
 
 MakeWineRoot() {

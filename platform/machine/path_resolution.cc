@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "machine/call.h"
@@ -33,6 +34,21 @@ std::shared_ptr<Descriptor> OpenDrive(const WindowsPath& path) {
     return nullptr;
   }
   return std::make_shared<Descriptor>(descriptor);
+}
+
+// `rest`, the names below the drive's folder with a '/' before each, as a Windows path.
+std::u16string PathBelowDrive(char letter, std::string_view rest) {
+  std::u16string result = {static_cast<char16_t>(letter), u':'};
+  while (!rest.empty()) {
+    const size_t start = rest.find_first_not_of('/');
+    if (start == rest.npos) break;
+    rest.remove_prefix(start);
+    result += u'\\';
+    result += WindowsName(rest.substr(0, rest.find('/')));
+    rest.remove_prefix(std::min(rest.find('/'), rest.size()));
+  }
+  if (result.size() == 2) result += u'\\';
+  return result;
 }
 
 enum class Step { kDone, kLink, kFailed };
@@ -187,32 +203,28 @@ bool LookUp(Location& location, Links links, FileFacts& facts, bool withAttribut
 }
 
 std::u16string PathOfDisk(const std::string& linuxPath) {
-  std::u16string result;
+  const Machine& here = ThisMachine();
+  char letter = 0;
   size_t longest = 0;
-  for (char letter : ThisMachine().Drives()) {
-    std::string folder = ThisMachine().DriveFolder(letter);
+  const auto look = [&](char drive, const std::string& base) {
+    if (base.size() <= longest || !linuxPath.starts_with(base)) return;
+    if (base.size() < linuxPath.size() && linuxPath[base.size()] != '/') return;
+    letter = drive;
+    longest = base.size();
+  };
+  // The drive inside the machine folder is no link, so that its letter stands in the path.
+  if (const size_t at = here.folder.size() + 1; linuxPath.size() > at && linuxPath[at - 1] == '/') {
+    const char drive = linuxPath[at];
+    if (drive >= 'A' && drive <= 'Z' && !here.IsAttachedDrive(drive)) look(drive, here.DriveFolder(drive));
+  }
+  for (const auto& [drive, folder] : here.settings.drives) {
+    look(drive, here.DriveFolder(drive));
     // The folder may itself be named by way of a link.
     char* real = realpath(folder.c_str(), nullptr);
-    for (const std::string& base : {folder, std::string(real ? real : "")}) {
-      if (base.empty() || base.size() <= longest || !linuxPath.starts_with(base)) continue;
-      if (base.size() < linuxPath.size() && linuxPath[base.size()] != '/') continue;
-      longest = base.size();
-      result = {static_cast<char16_t>(letter), u':'};
-      size_t start = base.size() + 1;
-      while (start < linuxPath.size()) {
-        size_t end = linuxPath.find('/', start);
-        if (end == linuxPath.npos) end = linuxPath.size();
-        if (end > start) {
-          result += u'\\';
-          result += WindowsName(std::string_view(linuxPath).substr(start, end - start));
-        }
-        start = end + 1;
-      }
-      if (result.size() == 2) result += u'\\';
-    }
+    if (real) look(drive, real);
     free(real);
   }
-  return result;
+  return letter ? PathBelowDrive(letter, std::string_view(linuxPath).substr(longest)) : std::u16string();
 }
 
 std::u16string PathOfDescriptor(int descriptor) {

@@ -9,11 +9,17 @@ namespace {
 constexpr int kNames = 3;
 constexpr wchar_t kStem[] = L"~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.";
 
-void NameOf(int index, wchar_t* name) {
+constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
+
+// Makes `path`, of which `length` units are the folder, the temporary name of `index` in it. False if that
+// is too long.
+bool UseName(WalkPath& path, int32_t length, int index) {
+  wchar_t name[kStemLength + 2];
   memcpy(name, kStem, sizeof(kStem));
-  constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
   name[kStemLength] = static_cast<wchar_t>(L'1' + index);
   name[kStemLength + 1] = 0;
+  path.Cut(length);
+  return path.Push(name);
 }
 
 bool IsPlainFile(const wchar_t* path) {
@@ -25,7 +31,6 @@ bool IsPlainFile(const wchar_t* path) {
 }  // namespace
 
 bool IsTemporaryName(const wchar_t* name) {
-  constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
   for (size_t i = 0; i < kStemLength; i++) {
     if (name[i] != kStem[i]) return false;
   }
@@ -33,14 +38,11 @@ bool IsTemporaryName(const wchar_t* name) {
 }
 
 TemporaryName::TemporaryName(WalkPath& path)
-    : path_(path), folderLength_(path.Length()), index_(0), removedLeftover_(false), isValid_(UseName(0)) {}
-
-bool TemporaryName::UseName(int index) {
-  wchar_t name[sizeof(kStem) / sizeof(wchar_t) + 1];
-  NameOf(index, name);
-  path_.Cut(folderLength_);
-  return path_.Push(name);
-}
+    : path_(path),
+      folderLength_(path.Length()),
+      index_(0),
+      removedLeftover_(false),
+      isValid_(UseName(path, folderLength_, 0)) {}
 
 bool TemporaryName::IsWorthRetry(DWORD error) {
   // A file that is being deleted by somebody refuses access until it is gone.
@@ -54,7 +56,7 @@ bool TemporaryName::IsWorthRetry(DWORD error) {
   removedLeftover_ = false;
   SetLastError(error);
   if (++index_ >= kNames) return false;
-  return UseName(index_);
+  return UseName(path_, folderLength_, index_);
 }
 
 bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name) {
@@ -71,10 +73,7 @@ bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name) {
 void RemoveLeftovers(WalkPath& folder) {
   const int32_t length = folder.Length();
   for (int index = 0; index < kNames; index++) {
-    wchar_t name[sizeof(kStem) / sizeof(wchar_t) + 1];
-    NameOf(index, name);
-    folder.Cut(length);
-    if (folder.Push(name) && IsPlainFile(folder.CStr())) ForceDelete(folder.CStr(), 0);
+    if (UseName(folder, length, index) && IsPlainFile(folder.CStr())) ForceDelete(folder.CStr(), 0);
   }
 }
 

@@ -27,8 +27,6 @@ class TemporaryName {
   bool IsValid() const { return isValid_; }
 
  private:
-  bool UseName(int index);
-
   WalkPath& path_;
   int32_t folderLength_;
   int index_;
