@@ -33,12 +33,19 @@ constexpr const char* kCommands[] = {"users", "backup", "info", "restore", "rest
 constexpr size_t kHelpWidth = 96;
 constexpr size_t kDescriptionColumn = 30;
 
-// The library writes a description on one line, however long it is.
-std::string Wrapped(const std::string& help) {
+// The library writes a description on one line, however long it is, and puts lines of blanks between the
+// commands. The footer stays as it is, since its examples are there to be pasted.
+std::string HelpText(const CLI::App& app) {
+  std::string help = app.help(app.get_parent() ? "norvanectl" : "");
+  const std::string footer = app.get_footer();
+  help.resize(std::min(help.rfind(footer), help.size()));
   std::string wrapped, line;
   for (size_t start = 0; start < help.size();) {
     const size_t end = std::min(help.find('\n', start), help.size());
     line = help.substr(start, end - start);
+    start = end + 1;
+    const bool isBlank = line.find_first_not_of(' ') == std::string::npos;
+    if (isBlank && (!line.empty() || wrapped.ends_with("\n\n"))) continue;
     while (line.size() > kHelpWidth) {
       const size_t blank = line.rfind(' ', kHelpWidth);
       if (blank == std::string::npos || blank <= kDescriptionColumn) break;
@@ -46,10 +53,8 @@ std::string Wrapped(const std::string& help) {
       line = std::string(kDescriptionColumn, ' ') + line.substr(blank + 1);
     }
     wrapped += line + "\n";
-    start = end + 1;
   }
-  while (!wrapped.empty() && wrapped.back() == '\n') wrapped.pop_back();
-  return wrapped;
+  return wrapped + footer;
 }
 
 bool IsCommand(const std::string& word) {
@@ -97,7 +102,7 @@ ParseOutcome ParseArguments(const std::vector<std::string>& words, ConsoleArgume
     return ParseOutcome::kRun;
   } catch (const CLI::CallForHelp&) {
     const std::vector<CLI::App*> chosen = app.get_subcommands();
-    text = Wrapped(chosen.empty() ? app.help() : chosen[0]->help("norvanectl"));
+    text = HelpText(chosen.empty() ? app : *chosen[0]);
     return ParseOutcome::kShown;
   } catch (const CLI::CallForVersion&) {
     text = VersionLine();

@@ -7,6 +7,7 @@
 #include "operations/backup_target.h"
 #include "operations/backup_trees.h"
 #include "operations/path_queries.h"
+#include "profile_list.h"
 #include "refusal.h"
 #include "system_reason.h"
 #include "utf8_text.h"
@@ -32,6 +33,7 @@ std::vector<std::string> LeftOutSentences(const BackupPlan& plan) {
   for (uint32_t row = 0; row < plan.leftOut.count; ++row) {
     sentences.push_back(LeftOutSentence(plan.leftOut[row]));
   }
+  sentences.insert(sentences.end(), plan.setAside.begin(), plan.setAside.end());
   return sentences;
 }
 
@@ -60,6 +62,7 @@ DryRunGroup UserGroup(const wchar_t* name, const BackupPlan& plan, const AppObje
   if (!ListUserTrees(name, plan.target.CStr(), plan.selection.folderMask, app.windowsVersion, user)) {
     group.failures.push_back("The account " + Quoted(name) + " has no profile that can be found.");
   }
+  if (user.notFound.count != 0) AddHiveFailure(user.sid, user.profile, group.failures);
   for (uint32_t row = 0; row < user.notFound.count; ++row) {
     group.failures.push_back("The folder " + Quoted(user.notFound[row]) + " of the account " + Quoted(name) +
                              " can't be found.");
@@ -109,8 +112,9 @@ ExitCode RunBackupCommand(const ConsoleArguments& arguments, AppObject& app, Con
   app.logSection = kLogBackup;
   BackupPlan plan;
   PlanProblem problem;
-  if (!PlanBackup(arguments, app, plan, problem))
-    return Refuse(arguments, problem.sentence, output, problem.exitCode);
+  const bool isPlanned = PlanBackup(arguments, app, plan, problem);
   if (RefuseIfStopped(arguments, output)) return kExitStopped;
+  if (!isPlanned) return Refuse(arguments, problem.sentence, output, problem.exitCode);
+  TellNotes(arguments, plan.notes, output);
   return arguments.isDryRun ? TellPlan(arguments, plan, app, output) : RunPlan(arguments, plan, app, output);
 }

@@ -5,19 +5,41 @@
 #include "folder_list.h"
 #include "foundation/file_object.h"
 #include "foundation/unique_handle.h"
+#include "interrupt.h"
 #include "operations/backup_target.h"
 #include "operations/backup_trees.h"
 #include "operations/extra_folders.h"
 #include "operations/path_queries.h"
+#include "operations/real_path.h"
 #include "operations/run_overlap.h"
 #include "profile_list.h"
 #include "same_name.h"
 #include "system_reason.h"
 #include "users/account_lookup.h"
+#include "users/listed_profiles.h"
 #include "users/user_table.h"
 #include "utf8_text.h"
 
 namespace {
+
+// What a backup of the chosen accounts leaves behind in folders that look like theirs.
+void TellOtherProfiles(const UserTable& table, bool isWhole, BackupPlan& plan) {
+  const BackupSelection& selection = plan.selection;
+  WString setAside;
+  for (uint32_t row = 0; row < table.count; ++row) {
+    const WString& name = table.userNames[row];
+    const WString& profile = table.profilePaths[row];
+    bool isTicked = false;
+    for (uint32_t user = 0; user < selection.users.count; ++user) {
+      isTicked |= selection.users[user] == name && selection.userTicked[user];
+    }
+    if (isTicked && GetSetAsideProfile(table.sids[row].CStr(), profile.CStr(), setAside) &&
+        !IsInOneOf(setAside, selection.extraFolders)) {
+      plan.setAside.push_back(SetAsideSentence(name, profile, setAside));
+    }
+  }
+  if (isWhole) plan.notes = OtherProfileNotes(table, selection.extraFolders);
+}
 
 // All accounts are rows, as on the screen; those that were asked for are ticked.
 bool ChooseUsers(const ConsoleArguments& arguments, BackupPlan& plan, PlanProblem& problem) {
@@ -43,23 +65,27 @@ bool ChooseUsers(const ConsoleArguments& arguments, BackupPlan& plan, PlanProble
                                      " with a profile; \"norvanectl users\" lists those that can be "
                                      "backed up.");
   }
+  TellOtherProfiles(*table, arguments.users.empty(), plan);
   return true;
 }
 
 bool ChooseExtraFolders(const ConsoleArguments& arguments, BackupSelection& selection, PlanProblem& problem) {
+  WStringArray chosen;  // the same folders by their real paths, since a link would copy one a second time
   for (const std::string& wanted : arguments.extraFolders) {
-    const WString folder = CleanExtraFolder(FromUtf8Text(wanted).CStr());
-    const ExtraFolderProblem reason = CheckExtraFolder(folder.CStr(), selection.extraFolders);
+    const WString folder = CleanPath(FromUtf8Text(wanted).CStr());
+    const ExtraFolderProblem reason = CheckExtraFolder(folder.CStr(), WStringArray());
     if (reason != ExtraFolderProblem::kNone) {
       return Object(problem, Escaped(ExtraFolderSentence(reason, folder.CStr())));
     }
-    // The screen takes the smaller folder's row away; on a command line both were meant.
+    const WString real = ResolveForComparison(folder.CStr());
     std::vector<uint32_t> superseded;
-    CoversFolder(selection.extraFolders, folder.CStr(), superseded);
-    if (!superseded.empty()) {
-      const WString& inner = selection.extraFolders[superseded.back()];
+    const bool isCovered = CoversFolder(chosen, real.CStr(), superseded);
+    // The screen takes the smaller folder's row away; on a command line both were meant.
+    if (isCovered || !superseded.empty()) {
+      const WString& inner = isCovered ? folder : selection.extraFolders[superseded.back()];
       return Object(problem, Escaped(ExtraFolderSentence(ExtraFolderProblem::kCovered, inner.CStr())));
     }
+    chosen.Add(real.CStr());
     selection.extraFolders.Add(folder.CStr());
     selection.extraTicked.push_back(true);
   }
@@ -84,7 +110,7 @@ bool ChooseTarget(const ConsoleArguments& arguments, const AppObject& app, Backu
                   "to be made, such as --to D:\\Backups.");
   }
   // "D:" is the drive's root here, and not the current folder of that drive.
-  if (parent.Length() != 2 || parent.buffer[1] != L':') parent = CleanExtraFolder(parent.CStr());
+  if (parent.Length() != 2 || parent.buffer[1] != L':') parent = CleanPath(parent.CStr());
   plan.target = BackupTargetFolder(parent.CStr(), plan.name.CStr());
   return true;
 }
@@ -149,7 +175,8 @@ bool TakesFolders(const WString& folder, DWORD& error) {
 
 bool CheckTarget(const BackupPlan& plan, const AppObject& app, PlanProblem& problem) {
   WString source, target;
-  if (FindOverlap(ListBackupTrees(plan.selection, plan.target.CStr(), app.windowsVersion), source, target)) {
+  if (FindOverlap(ListBackupTrees(plan.selection, plan.target.CStr(), app.windowsVersion), source, target,
+                  InterruptGuard::Word())) {
     return Object(problem, Escaped(OverlapSentence(kBackupOperation, source.CStr(), target.CStr())));
   }
   WString existing;

@@ -4,6 +4,7 @@
 // that can be looked at before anything is made.
 #pragma once
 #include <string>
+#include <vector>
 
 #include "arguments.h"
 #include "core/app_object.h"
@@ -16,6 +17,9 @@ struct BackupPlan {
   WString target;        // folder of the set
   WStringArray leftOut;  // chosen accounts that the account database doesn't describe; not ticked
   std::string shortage;  // why accounts of this machine may be missing among those; counts as a failure
+  std::vector<std::string>
+      setAside;  // of chosen accounts that stand on another profile than their own; as above
+  std::vector<std::string> notes;  // for a person, before the run; UTF-8, escaped
 };
 
 // Loads the hives of the accounts; nothing else is changed. False with the problem.

@@ -3,10 +3,10 @@
 #include "arguments.h"
 #include "backup_command.h"
 #include "copy_move_command.h"
+#include "core/log_file.h"
 #include "info_command.h"
 #include "interrupt.h"
 #include "missing_privileges.h"
-#include "operations/extra_folders.h"
 #include "operations/path_queries.h"
 #include "refusal.h"
 #include "restore_command.h"
@@ -19,7 +19,17 @@ namespace {
 
 // A hive that stays loaded spoils the account's next logon, so no way out passes this by.
 struct OwnHives {
-  ~OwnHives() { UnloadOwnHives(); }
+  ConsoleOutput& output;
+
+  ~OwnHives() {
+    for (const UserHive& hive : UnloadOwnHives()) {
+      output.Error(
+          "Note: the registry hive of the profile \"" + Escaped(hive.profile) + "\" (HKEY_USERS\\" +
+          Escaped(hive.sid) +
+          ") could not be unloaded, so the account's next logon may get a temporary profile; restart "
+          "the computer before that logon.");
+    }
+  }
 };
 
 // Where the entries of the log go. False if they can't.
@@ -29,10 +39,21 @@ bool ChooseLog(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput&
     return true;
   }
   if (arguments.log.empty()) return true;
-  app.logPath = CleanExtraFolder(FromUtf8Text(arguments.log).CStr());
-  if (!IsFolderPath(app.logPath.CStr())) return true;
-  Refuse(arguments, "The log \"" + Escaped(app.logPath) + "\" is a folder; give a file with --log.", output);
-  return false;
+  app.logPath = CleanPath(FromUtf8Text(arguments.log).CStr());
+  if (IsFolderPath(app.logPath.CStr())) {
+    Refuse(arguments, "The log \"" + Escaped(app.logPath) + "\" is a folder; give a file with --log.",
+           output);
+    return false;
+  }
+  // A slip of the finger must not cost a file.
+  if (IsOtherThanLog(app.logPath.CStr())) {
+    Refuse(arguments,
+           "The file \"" + Escaped(app.logPath) +
+               "\" is no log of this program and would be spoiled; give a new file with --log.",
+           output);
+    return false;
+  }
+  return true;
 }
 
 ExitCode RunCommand(const ConsoleArguments& arguments, AppObject& app, ConsoleOutput& output) {
@@ -54,7 +75,7 @@ ExitCode RunCommand(const ConsoleArguments& arguments, AppObject& app, ConsoleOu
 }
 
 ExitCode RunWithAccounts(const ConsoleArguments& arguments, ConsoleOutput& output) {
-  const OwnHives hives;
+  const OwnHives hives{output};
   AppObject app;
   app.PrepareRun(GetModuleHandleW(nullptr), L"", false);
   if (!ChooseLog(arguments, app, output)) return kExitNothingDone;

@@ -49,9 +49,9 @@ ExitCode RunCopyMoveCommand(const ConsoleArguments& arguments, AppObject& app, C
   app.logSection = kLogCopyMove;
   CopyMoveSelection selection;
   PlanProblem problem;
-  if (!PlanCopyMove(arguments, selection, problem))
-    return Refuse(arguments, problem.sentence, output, problem.exitCode);
+  const bool isPlanned = PlanCopyMove(arguments, selection, problem);
   if (RefuseIfStopped(arguments, output)) return kExitStopped;
+  if (!isPlanned) return Refuse(arguments, problem.sentence, output, problem.exitCode);
   return arguments.isDryRun ? TellPlan(arguments, selection, output)
                             : RunPlan(arguments, selection, app, output);
 }

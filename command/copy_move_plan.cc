@@ -4,12 +4,15 @@
 
 #include "folder_list.h"
 #include "given_path.h"
+#include "interrupt.h"
 #include "operations/backup_set.h"
 #include "operations/copy_move_trees.h"
 #include "operations/path_queries.h"
 #include "operations/run_overlap.h"
 #include "operations/source_discovery.h"
+#include "profile_list.h"
 #include "same_name.h"
+#include "users/listed_profiles.h"
 #include "users/user_table.h"
 #include "utf8_text.h"
 
@@ -17,13 +20,18 @@ namespace {
 
 constexpr int32_t kShortestFolder = 4;  // shorter paths are roots of drives
 
-// The profile of a local account. False with the problem if the account has none; an empty `folder` if
+// The profile of a local account. False with the problem if it has none, or two; an empty `folder` if
 // there is no such account.
 bool FindAccountFolder(const WString& name, WString& folder, PlanProblem& problem) {
   const std::unique_ptr<UserTable> accounts = LoadUserTable();
   for (uint32_t row = 0; row < accounts->count; ++row) {
     if (!IsSameName(accounts->userNames[row], name)) continue;
     folder = accounts->profilePaths[row];
+    WString setAside;
+    if (GetSetAsideProfile(accounts->sids[row].CStr(), folder.CStr(), setAside)) {
+      return Object(problem, "Which folder is meant isn't clear, because " +
+                                 SetAsideText(name, folder, setAside) + "; give the folder itself.");
+    }
     if (!folder.IsEmpty()) return true;
     return Object(problem, "The account " + Quoted(name) +
                                " has no profile folder that the system tells; give the folder itself.");
@@ -83,15 +91,22 @@ bool CheckTarget(const ConsoleArguments& arguments, const CopyMoveSelection& sel
 }
 
 // The two folders themselves count, whichever of their folders are taken.
-bool CheckOverlap(const CopyMoveSelection& selection, PlanProblem& problem) {
+bool CheckOverlap(const ConsoleArguments& arguments, const CopyMoveSelection& selection,
+                  PlanProblem& problem) {
   std::vector<RunTree> trees = ListCopyMoveTrees(selection);
   RunTree whole;
   whole.source = selection.source;
   whole.target = selection.target;
   trees.insert(trees.begin(), whole);
   WString source, target;
-  return !FindOverlap(trees, source, target) ||
-         Object(problem, Escaped(OverlapSentence(kCopyMoveOperation, source.CStr(), target.CStr())));
+  if (FindOverlap(trees, source, target)) {
+    return Object(problem, Escaped(OverlapSentence(kCopyMoveOperation, source.CStr(), target.CStr())));
+  }
+  trees.erase(trees.begin());
+  SharedTarget shared;
+  return arguments.command != ConsoleCommand::kMove ||
+         !FindSharedTarget(trees, IsNamedCopyMoveFolder, shared, InterruptGuard::Word()) ||
+         Object(problem, Escaped(SharedTargetSentence(shared)));
 }
 
 }  // namespace
@@ -101,5 +116,5 @@ bool PlanCopyMove(const ConsoleArguments& arguments, CopyMoveSelection& selectio
   return FindLocation(arguments.source, selection.source, problem) &&
          FindLocation(arguments.target, selection.target, problem) &&
          CheckSource(arguments, selection, problem) && CheckTarget(arguments, selection, problem) &&
-         CheckOverlap(selection, problem);
+         CheckOverlap(arguments, selection, problem);
 }

@@ -3,9 +3,12 @@
 #include "foundation/directory_enumerator.h"
 #include "interrupt.h"
 #include "json_line.h"
+#include "operations/copy_engine.h"
+#include "operations/copy_failure.h"
 #include "operations/path_queries.h"
+#include "operations/walk_path.h"
 #include "progress_line.h"
-#include "system_reason.h"
+#include "run_report.h"
 #include "tree_count.h"
 #include "utf8_text.h"
 
@@ -15,7 +18,7 @@ namespace {
 class DryRun {
  public:
   DryRun(const ConsoleArguments& arguments, const DryRunPlan& plan, ConsoleOutput& output)
-      : arguments_(arguments), plan_(plan), output_(output) {}
+      : arguments_(arguments), plan_(plan), output_(output), report_(output, arguments) {}
 
   ExitCode Run();
 
@@ -23,6 +26,9 @@ class DryRun {
   bool ShowGroup(const DryRunGroup& group);
   bool ShowTree(const RunTree& tree);
   bool ShowOtherFolders(const RunTree& tree);
+  bool CountSource(const RunTree& tree);
+  bool HasSource(const RunTree& tree, HeldWay& way);
+  void FailSource(const WString& source, DWORD error);
   void Fail(const std::string& sentence);
   void ShowEnd(bool isStopped);
   std::string EndEvent(bool isStopped) const;
@@ -30,6 +36,7 @@ class DryRun {
   const ConsoleArguments& arguments_;
   const DryRunPlan& plan_;
   ConsoleOutput& output_;
+  RunReport report_;  // tells of an item as the run does
   TreeCount total_;
   int64_t failures_ = 0;
 };
@@ -40,10 +47,36 @@ void DryRun::Fail(const std::string& sentence) {
   output_.Error(sentence);
 }
 
-// A folder that isn't there is nothing to copy, and no failure of a run.
+void DryRun::FailSource(const WString& source, DWORD error) {
+  ++failures_;
+  report_.Failed((kCannotReadDirectory + PathForPeople(source.CStr())).CStr(), error);
+}
+
+// The same steps as in the run, which so tells the same. What lies behind a link isn't looked at.
+bool DryRun::HasSource(const RunTree& tree, HeldWay& way) {
+  DWORD error = NO_ERROR;
+  switch (HoldSource(tree, way)) {
+    case SourceFinding::kFolder:
+      if (tree.otherFolders || IsPhaseSource(tree.source.CStr(), error)) return true;
+      break;
+    case SourceFinding::kNothing:
+    case SourceFinding::kInnerLink:
+      break;
+    case SourceFinding::kFailure:
+      error = GetLastError();
+      break;
+  }
+  if (error != NO_ERROR) FailSource(tree.source, error);
+  return false;
+}
+
 bool DryRun::ShowTree(const RunTree& tree) {
-  if (tree.otherFolders) return ShowOtherFolders(tree);
-  if (!IsFolderPath(tree.source.CStr())) return true;
+  HeldWay way;
+  if (!HasSource(tree, way)) return true;
+  return tree.otherFolders ? ShowOtherFolders(tree) : CountSource(tree);
+}
+
+bool DryRun::CountSource(const RunTree& tree) {
   TreeCount count;
   if (!CountTree(tree.source.CStr(), count)) return false;
   total_.entries += count.entries;
@@ -63,22 +96,19 @@ bool DryRun::ShowTree(const RunTree& tree) {
 }
 
 bool DryRun::ShowOtherFolders(const RunTree& tree) {
-  if (IsMissingPath(tree.source.CStr())) return true;
-  WString pattern(tree.source);
-  pattern.AddLongPathPrefix().Append(L"\\*");
+  RunTree folder;
+  folder.sourceBase = tree.sourceBase.IsEmpty() ? tree.source : tree.sourceBase;
+  WalkPath pattern(tree.source.CStr());
+  pattern.Push(L"*");
   DirectoryEnumerator folders;
   for (bool more = folders.First(pattern.CStr(), kSkipReparsePoints | kOnlyDirectories); more;
        more = folders.Next()) {
     if (plan_.isExcluded(folders.data.cFileName)) continue;
-    RunTree folder;
     folder.source = PathBelow(tree.source, folders.data.cFileName);
     folder.target = PathBelow(tree.target, folders.data.cFileName);
     if (!ShowTree(folder)) return false;
   }
-  if (!ListingEnded()) {
-    const DWORD error = GetLastError();
-    Fail("The folder \"" + Escaped(tree.source) + "\" can't be read (" + SystemReason(error) + ").");
-  }
+  if (!ListingEnded()) FailSource(tree.source, GetLastError());
   return true;
 }
 

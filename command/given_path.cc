@@ -1,10 +1,10 @@
 #include "given_path.h"
 
-#include "operations/extra_folders.h"
+#include "operations/path_queries.h"
 #include "utf8_text.h"
 
 WString GivenPath(const WString& text) {
-  WString path = CleanExtraFolder(text.CStr());
+  WString path = CleanPath(text.CStr());
   if (path.Length() >= 2 && path.buffer[1] == L':' && path.buffer[0] >= L'a' && path.buffer[0] <= L'z') {
     path.buffer[0] = static_cast<wchar_t>(path.buffer[0] - L'a' + L'A');
   }

@@ -6,11 +6,11 @@ namespace {
 
 std::mutex boundMutex;
 std::atomic<LONG>* boundStop = nullptr;  // under the mutex, so that it isn't written to once it is gone
-std::atomic<bool> isRequested{false};
+StopWord isRequested{0};
 std::atomic<bool> isGuarded{false};
 
 void Request() {
-  isRequested = true;
+  isRequested = 1;
   const std::lock_guard<std::mutex> lock(boundMutex);
   if (boundStop != nullptr) *boundStop = 1;
 }
@@ -28,7 +28,7 @@ BOOL WINAPI OnControlEvent(DWORD event) {
 }  // namespace
 
 InterruptGuard::InterruptGuard() {
-  isRequested = false;
+  isRequested = 0;
   isGuarded = true;
   SetConsoleCtrlHandler(OnControlEvent, TRUE);
 }
@@ -39,10 +39,12 @@ InterruptGuard::~InterruptGuard() {
   isGuarded = false;
 }
 
-bool InterruptGuard::IsRequested() { return isRequested; }
+bool InterruptGuard::IsRequested() { return IsStopAsked(Word()); }
+
+const StopWord* InterruptGuard::Word() { return &isRequested; }
 
 void InterruptGuard::Bind(std::atomic<LONG>* stop) {
   const std::lock_guard<std::mutex> lock(boundMutex);
   boundStop = stop;
-  if (stop != nullptr && isRequested) *stop = 1;
+  if (stop != nullptr && IsRequested()) *stop = 1;
 }

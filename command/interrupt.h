@@ -7,6 +7,8 @@
 
 #include <atomic>
 
+#include "operations/stop_word.h"
+
 // While one is alive, the wish is noted instead of ending the process. There is one at a time.
 class InterruptGuard {
  public:
@@ -16,6 +18,9 @@ class InterruptGuard {
   InterruptGuard& operator=(const InterruptGuard&) = delete;
 
   static bool IsRequested();
+
+  // The word that a wish sets to 1, for what takes long and asks by itself. It is there for ever.
+  static const StopWord* Word();
 
   // The word that a wish sets to 1, at once if it is there already. Null when it is about to go.
   static void Bind(std::atomic<LONG>* stop);

@@ -57,7 +57,8 @@ std::string EndEvent(const PlannedRun& run, const OperationContext& context, con
   line.Number("files", context.filesCopied)
       .Number("bytes", context.bytesCopied)
       .Number("failures", context.failures)
-      .Number("linksSkipped", context.linksSkipped);
+      .Number("linksSkipped", context.linksSkipped)
+      .Flag("logWritten", !context.logFailed);
   if (IsRestore(run.kind)) {
     std::vector<std::string> accounts;
     for (uint32_t row = 0; row < context.createdAccounts.count; ++row) {

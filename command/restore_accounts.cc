@@ -2,22 +2,15 @@
 
 #include "operations/restore_targets.h"
 #include "option_pair.h"
+#include "profile_list.h"
 #include "same_name.h"
-#include "users/account_facts.h"
-#include "users/account_lookup.h"
+#include "users/listed_profiles.h"
 #include "users/local_groups.h"
 #include "utf8_text.h"
 
 namespace {
 
 constexpr size_t kMostNames = 20;
-
-// An account without a profile, such as one whose making was cut short. It is completed like a new one.
-bool LacksProfile(const WString& account) {
-  AccountFacts facts;
-  WString sid, profile;
-  return GetAccountFacts(account.CStr(), facts) && !GetAccountSidAndProfile(account.CStr(), sid, &profile);
-}
 
 class TargetChoice {
  public:
@@ -36,6 +29,8 @@ class TargetChoice {
   bool Create(const OptionPair& pair);
   bool Skip(const OptionPair& pair);
   void LeaveOutImpossible();
+  void LeaveOutTemporary();
+  void LeaveOut(RestoreUserRow& row, const std::string& reason);
   void TellTargets();
   void TellNewAccount(const RestoreUserRow& row, const WString& account);
 
@@ -98,17 +93,21 @@ bool TargetChoice::Create(const OptionPair& pair) {
   if (!Find(pair.from, row)) return false;
   const WString& source = rows_[row].source;
   const WString& name = pair.hasTo ? pair.to : source;
-  if (!IsPossibleAccountName(name)) {
-    return Object(problem_, Quoted(name) +
-                                " can't be the name of an account; give another one with --create " +
-                                Quoted(source + L"=NAME") +
-                                ", of at most 20 characters and none of \" / \\ [ ] : ; | = , + * ? < > @.");
-  }
-  WString sid(name);
-  if (AccountNameToSid(sid) && !LacksProfile(name)) {
-    return Object(problem_, "There is an account or a group " + Quoted(name) + " already; give --map " +
-                                Quoted(source + L"=" + name) +
-                                " to restore into that account, or another name with --create.");
+  switch (StateOfTarget(name)) {
+    case TargetState::kImpossible:
+      return Object(problem_, Quoted(name) +
+                                  " can't be the name of an account; give another one with --create " +
+                                  Quoted(source + L"=NAME") +
+                                  ", of at most 20 characters, none of \" / \\ [ ] : ; | = , + * ? < > @, "
+                                  "and not that of a device.");
+    case TargetState::kReady:
+    case TargetState::kGroup:
+      return Object(problem_, "There is an account or a group " + Quoted(name) + " already; give --map " +
+                                  Quoted(source + L"=" + name) +
+                                  " to restore into that account, or another name with --create.");
+    case TargetState::kLacksProfile:  // completed like a new one
+    case TargetState::kNew:
+      break;
   }
   rows_[row].target = TargetToCreate(name.CStr());
   plan_.administrators.Add(source.CStr());
@@ -125,18 +124,37 @@ bool TargetChoice::Skip(const OptionPair& pair) {
   return true;
 }
 
+void TargetChoice::LeaveOut(RestoreUserRow& row, const std::string& reason) {
+  row.isTicked = false;
+  plan_.leftOut.push_back("The account " + Quoted(row.source) + " was left out, because " + reason +
+                          "; give --map " + Quoted(row.source + L"=TO") + " or --create " +
+                          Quoted(row.source + L"=NAME") + ".");
+}
+
 // Nobody asked for these by name, so the others go on without them.
 void TargetChoice::LeaveOutImpossible() {
   WString account;
   for (RestoreUserRow& row : rows_) {
-    if (!row.isTicked || !IsToBeCreated(row.target.CStr(), account) || IsPossibleAccountName(account)) {
-      continue;
+    if (!row.isTicked || !IsToBeCreated(row.target.CStr(), account)) continue;
+    const TargetState state = StateOfTarget(account);
+    if (state == TargetState::kImpossible || state == TargetState::kGroup) {
+      LeaveOut(row, "no account of that name can be made");
     }
-    row.isTicked = false;
-    plan_.leftOut.push_back("The account " + Quoted(row.source) +
-                            " was left out, because no account of that name can be made; give --map " +
-                            Quoted(row.source + L"=TO") + " or --create " + Quoted(row.source + L"=NAME") +
-                            ".");
+  }
+}
+
+// What goes into a temporary profile is gone when the account logs off.
+void TargetChoice::LeaveOutTemporary() {
+  WString account, setAside;
+  for (RestoreUserRow& row : rows_) {
+    IsToBeCreated(row.target.CStr(), account);
+    for (uint32_t i = 0; row.isTicked && i < accounts_.count; ++i) {
+      const WString& profile = accounts_.profilePaths[i];
+      if (IsSameName(accounts_.userNames[i], account) && IsTemporaryProfile(profile) &&
+          GetSetAsideProfile(accounts_.sids[i].CStr(), profile.CStr(), setAside)) {
+        LeaveOut(row, SetAsideText(account, profile, setAside));
+      }
+    }
   }
 }
 
@@ -152,17 +170,11 @@ const char* TypeText(uint32_t type) {
 
 void TargetChoice::TellNewAccount(const RestoreUserRow& row, const WString& account) {
   const WString value(plan_.document.GetValue(kUsersSection, row.source.CStr()));
-  uint32_t type = DescribeAccountToCreate(value.CStr(), account.CStr()).type;
-  bool isAllowed = false;
-  for (uint32_t i = 0; i < plan_.administrators.count; ++i) {
-    isAllowed |= plan_.administrators[i].EqualsNoCase(row.source);
-  }
-  // The worker decides in the same way.
-  const bool isLowered = type == kAdministratorAccount && !isAllowed;
-  if (type > kAdministratorAccount || isLowered) type = kStandardAccount;
+  const AccountToCreate made =
+      DescribeAccountToCreate(value.CStr(), row.source, account, &plan_.administrators);
   std::string note =
-      "The account " + Quoted(account) + " will be made as " + TypeText(type) + ", without a password.";
-  if (isLowered) {
+      "The account " + Quoted(account) + " will be made as " + TypeText(made.type) + ", without a password.";
+  if (made.isLowered) {
     note += " The info file calls " + Quoted(row.source) + " an administrator; give --create " +
             Quoted(row.source) + " to make it one.";
   }
@@ -173,10 +185,7 @@ void TargetChoice::TellTargets() {
   WString account;
   for (size_t i = 0; i < rows_.size(); ++i) {
     if (!rows_[i].isTicked) continue;
-    WString sid;
-    const bool isToBeCreated = IsToBeCreated(rows_[i].target.CStr(), account);
-    sid = account;
-    if (isToBeCreated && !AccountNameToSid(sid)) {
+    if (IsToBeCreated(rows_[i].target.CStr(), account) && StateOfTarget(account) == TargetState::kNew) {
       TellNewAccount(rows_[i], account);
     } else if (!isNamed_[i] && !IsSameName(account, rows_[i].source)) {
       plan_.notes.push_back("The data of " + Quoted(rows_[i].source) + " goes to the local account " +
@@ -196,6 +205,7 @@ bool TargetChoice::Apply(const ConsoleArguments& arguments) {
     if (!Skip(SplitPair(text))) return false;
   }
   LeaveOutImpossible();
+  LeaveOutTemporary();
   TellTargets();
   return true;
 }

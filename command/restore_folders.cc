@@ -1,6 +1,7 @@
 #include "restore_folders.h"
 
 #include "given_path.h"
+#include "interrupt.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
 #include "operations/restore_start.h"
@@ -123,6 +124,7 @@ bool FolderChoice::Take(const OptionPair& pair) {
   WString name(pair.from);
   if (!plan_.root.isSet) name.Replace(L"/", L"\\").StripTrailingBackslashes();
   RestoreFolderRow* row = Find(name);
+  if (row != nullptr && row->isMissing && !CheckFolderBelowRoot(name, row->source)) return false;
   if (row == nullptr && !plan_.root.isSet) {
     row = AddBelowRoot(name);
     if (row == nullptr) return false;
@@ -143,8 +145,9 @@ bool FolderChoice::Take(const OptionPair& pair) {
 
 void FolderChoice::TellProtected() {
   for (const RestoreFolderRow& row : rows_) {
+    if (InterruptGuard::IsRequested()) return;
     const PlaceProtection protection = plan_.places->ProtectionOf(row.target.CStr());
-    if (row.isTicked || protection == PlaceProtection::kFree) continue;
+    if (row.isTicked || row.isMissing || protection == PlaceProtection::kFree) continue;
     plan_.notes.push_back("The folder " + Quoted(NameOf(plan_, row)) + " isn't restored, because " +
                           Quoted(row.target) + " " + Escaped(ProtectionText(protection)) +
                           "; give --extra PATH=TARGET to have it restored all the same.");
@@ -152,7 +155,7 @@ void FolderChoice::TellProtected() {
 }
 
 bool FolderChoice::Apply(const ConsoleArguments& arguments) {
-  UntickProtected(*plan_.places, plan_.selection);
+  UntickProtected(*plan_.places, plan_.selection, InterruptGuard::Word());
   if (arguments.leavesExtraFolders) {
     for (RestoreFolderRow& row : rows_) row.isTicked = false;
   }

@@ -2,6 +2,7 @@
 
 #include "folder_list.h"
 #include "given_path.h"
+#include "interrupt.h"
 #include "operations/copy_move_selection.h"
 #include "operations/path_queries.h"
 #include "operations/restore_start.h"
@@ -85,17 +86,21 @@ bool CheckWork(const RestorePlan& plan, PlanProblem& problem) {
 }
 
 bool CheckTrees(const RestorePlan& plan, PlanProblem& problem) {
-  const std::vector<RunTree> trees = ListRestoreRun(plan.root, plan.selection, *plan.places);
+  const StopWord* stop = InterruptGuard::Word();
+  const std::vector<RunTree> trees = ListRestoreRun(plan.root, plan.selection, *plan.places, stop);
   WString source, target;
-  if (FindOverlap(trees, source, target)) {
+  if (FindOverlap(trees, source, target, stop)) {
     return Object(problem, Escaped(OverlapSentence(plan.kind, source.CStr(), target.CStr())));
   }
-  for (const RunTree& tree : trees) {
-    if (!plan.moves || CanMoveFiles(tree.source.CStr(), tree.target.CStr())) continue;
-    return Object(problem, "Files can't be moved from " + Quoted(tree.source) + " to " + Quoted(tree.target) +
+  if (!plan.moves) return true;
+  if (const RunTree* tree = FindUnmovable(trees)) {
+    return Object(problem, "Files can't be moved from " + Quoted(tree->source) + " to " +
+                               Quoted(tree->target) +
                                ", which is on another drive; leave out --move, so that they are copied.");
   }
-  return true;
+  SharedTarget shared;
+  return !FindSharedTarget(trees, IsNamedRestoreFolder, shared, stop) ||
+         Object(problem, Escaped(SharedTargetSentence(shared)));
 }
 
 bool CheckMove(const AppObject& app, const RestorePlan& plan, PlanProblem& problem) {
@@ -121,9 +126,9 @@ bool PlanRestore(const ConsoleArguments& arguments, const AppObject& app, Restor
   }
   const std::unique_ptr<UserTable> accounts = LoadUserTable();
   if (isSet) {
-    ReadSetRows(plan.document, plan.root, *accounts, selection);
+    ReadSetRows(plan.document, plan.root, *accounts, selection, &plan.leftOutKeys, InterruptGuard::Word());
   } else {
-    ReadInstallationRows(plan.root, *accounts, selection);
+    ReadInstallationRows(plan.root, *accounts, selection, &plan.leftOutKeys, InterruptGuard::Word());
   }
   if (!ChooseTargetAccounts(arguments, *accounts, plan, problem)) return false;
   plan.places.emplace(*accounts);

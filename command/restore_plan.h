@@ -20,6 +20,7 @@ struct RestorePlan {
   bool isKept = true;  // whether the document may be saved
   bool moves = false;
   RestoreSelection selection;
+  LeftOutKeys leftOutKeys;  // of the info file
   std::optional<ProtectedPlaces> places;
   WStringArray administrators;       // accounts of the source that may become administrators
   std::vector<std::string> notes;    // for a person, before the run; UTF-8, escaped

@@ -1,6 +1,6 @@
 // system_reason.h
 //
-// The system's own words for one of its error codes.
+// The system's own words for one of its error codes, for the console.
 #pragma once
 #include <cstdint>
 #include <string>

@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "json_line.h"
+#include "operation_run.h"
 #include "profile_list.h"
 #include "refusal.h"
 #include "users/account_facts.h"
+#include "users/listed_profiles.h"
 #include "users/user_table.h"
 #include "utf8_text.h"
 
@@ -37,18 +39,33 @@ void ShowTable(const std::vector<UserRow>& rows, ConsoleOutput& output) {
   }
 }
 
-// Says why the list isn't whole. False if it is.
-bool TellWhatIsMissing(const ConsoleArguments& arguments, const UserTable& table, ConsoleOutput& output) {
-  std::string sentence = ProfileListProblem();
-  for (uint32_t row = 0; sentence.empty() && row < table.count; ++row) {
-    if (!table.userNames[row].IsEmpty() && table.profilePaths[row].IsEmpty()) {
-      sentence = MissingProfileSentence(table.userNames[row]);
+std::vector<std::string> MissingProfiles(const UserTable& table) {
+  const std::string problem = ProfileListProblem();
+  if (!problem.empty()) return {problem};
+  std::vector<std::string> sentences;
+  WString setAside;
+  for (uint32_t row = 0; row < table.count; ++row) {
+    const WString& name = table.userNames[row];
+    const WString& profile = table.profilePaths[row];
+    if (name.IsEmpty()) continue;
+    if (profile.IsEmpty()) {
+      sentences.push_back(MissingProfileSentence(name));
+    } else if (GetSetAsideProfile(table.sids[row].CStr(), profile.CStr(), setAside)) {
+      sentences.push_back(SetAsideSentence(name, profile, setAside));
     }
   }
-  if (sentence.empty()) return false;
-  if (arguments.isJson) output.Result(JsonLine("failure").Utf8("text", sentence).Build());
-  output.Error("norvanectl: " + sentence);
-  return true;
+  return sentences;
+}
+
+// Says why the list isn't whole. False if it is.
+bool TellWhatIsMissing(const ConsoleArguments& arguments, const UserTable& table, ConsoleOutput& output) {
+  TellNotes(arguments, OtherProfileNotes(table, WStringArray()), output);
+  const std::vector<std::string> sentences = MissingProfiles(table);
+  for (const std::string& sentence : sentences) {
+    if (arguments.isJson) output.Result(JsonLine("failure").Utf8("text", sentence).Build());
+    output.Error("norvanectl: " + sentence);
+  }
+  return !sentences.empty();
 }
 
 }  // namespace

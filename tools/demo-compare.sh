@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # How the demo says whether two folders hold the same: by sha256sum and diff, which aren't ours. Sourced by
-# demo.sh, which sets `demo`, the folder of the demo.
+# demo.sh, and by whoever wants to do the same by hand.
 
 # Lists the files below a folder with their SHA-256 sums, without links, which are left out of every copy,
 # and without what is left out of application data.
@@ -12,6 +12,7 @@ sums() {
 
 # What is compared: a folder, and the place that it was copied to, in turns.
 pairs=()
+add_folder() { pairs+=("$1" "$2"); }
 
 # Adds the folders of a profile, the loose files beside them being nobody's. Given are two folders, and
 # where in each of them application data lies, roaming and local.
@@ -23,25 +24,27 @@ add_profile() {
     case ${folder##*/} in
       AppData | LocalAppData | 'Application Data' | 'Local Settings') continue ;;
     esac
-    pairs+=("$folder" "$target/${folder##*/}")
+    add_folder "$folder" "$target/${folder##*/}"
   done
-  pairs+=("$source/$3" "$target/$5" "$source/$4" "$target/$6")
+  add_folder "$source/$3" "$target/$5"
+  add_folder "$source/$4" "$target/$6"
 }
 
-# The pairs, with a line for each that differs and one for all. Forgets them.
+# The pairs, with a line for each that differs and one for all. Forgets them. `compared` is the number of
+# files.
 compare() {
-  local files=0 differ=0 i
+  local differ=0 i before after
+  compared=0
   for ((i = 0; i < ${#pairs[@]}; i += 2)); do
-    sums "${pairs[i]}" >"$demo/source.sums"
-    files=$((files + $(wc -l <"$demo/source.sums")))
-    sums "${pairs[i + 1]}" | diff "$demo/source.sums" - >"$demo/difference" && continue
+    before=$(sums "${pairs[i]}")
+    after=$(sums "${pairs[i + 1]}" || echo "this can't be read")
+    [[ -z $before ]] || compared=$((compared + $(wc -l <<<"$before")))
+    [[ $before != "$after" ]] || continue
     differ=$((differ + 1))
     printf 'DIFFER: %s and %s\n' "${pairs[i]}" "${pairs[i + 1]}"
-    head -n 5 "$demo/difference"
+    diff <(echo "$before") <(echo "$after") | head -n 5 || true
   done
-  printf 'sha256sum: %d files in %d folders, %d folders differ\n' "$files" $((${#pairs[@]} / 2)) "$differ"
-  compared=$((compared + files))
+  printf 'sha256sum: %d files in %d folders, %d folders differ\n' "$compared" $((${#pairs[@]} / 2)) "$differ"
   pairs=()
-  [[ $files -gt 0 && $differ -eq 0 ]]
+  [[ $compared -gt 0 && $differ -eq 0 ]]
 }
-compared=0

@@ -23,7 +23,10 @@ std::shared_ptr<File> AskedFile(HANDLE handle, const char* call, Effect effect) 
 // What is at a path, without following a link at its end.
 bool FactsOfPath(const char* call, const wchar_t* path, FileFacts& facts) {
   Location location;
-  if (!Locate(call, Effect::kReads, path, location) || !LookUp(location, Links::kKeep, facts)) return false;
+  if (!Locate(call, Effect::kReads, path, location) || !LookUp(location, Links::kKeep, facts) ||
+      !MayReadAttributes(location)) {
+    return false;
+  }
   DescribeReparsePoint(location, facts);
   bool isDirectory = facts.attributes & FILE_ATTRIBUTE_DIRECTORY;
   return isDirectory || !location.path.wantsDirectory || Fail(ERROR_INVALID_NAME);

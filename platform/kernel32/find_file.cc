@@ -90,9 +90,8 @@ HANDLE FindOne(Location location, WIN32_FIND_DATAW& data) {
   return AddHandle(search);
 }
 
-// Opens the directory that the pattern is in, behind links.
-bool OpenDirectory(Search& search) {
-  Location& location = search.location;
+// The right to list the directory that an entry or a pattern is in.
+bool MayList(const Location& location) {
   Location folder = location;
   if (location.path.Count() > 1) {
     folder.path =
@@ -101,8 +100,7 @@ bool OpenDirectory(Search& search) {
     folder.path = WindowsPath::FromText(location.path.text.substr(0, 2) + u'\\');
   }
   folder.name = ".";
-  if (!MayOpen(folder, FILE_LIST_DIRECTORY, true)) return false;
-  return search.reader.Open(location.parent, ".") || Fail(ErrorFromErrno(errno));
+  return MayOpen(folder, FILE_LIST_DIRECTORY, true);
 }
 
 }  // namespace
@@ -121,13 +119,14 @@ HANDLE WINAPI FindFirstFileExW(LPCWSTR path, FINDEX_INFO_LEVELS level, LPVOID re
   }
   bool isPattern = !parsed.IsRoot() && parsed.Name().find_first_of(u"*?") != std::u16string_view::npos;
   if (!FindParent(std::move(parsed), location)) return INVALID_HANDLE_VALUE;
+  if (!location.path.IsRoot() && !MayList(location)) return INVALID_HANDLE_VALUE;
   if (!isPattern) return FindOne(std::move(location), data);
   auto search = std::make_shared<Search>();
   search->pattern = location.path.Name();
   search->takesAll = search->pattern == u"*" || search->pattern == u"*.*";
   if (location.path.Count() == 1) search->dots = 2;  // the root of a drive has none
   search->location = std::move(location);
-  if (!OpenDirectory(*search)) return INVALID_HANDLE_VALUE;
+  if (!search->reader.Open(search->location.parent, ".")) return NotFound(ErrorFromErrno(errno));
   if (!Next(*search, data)) {
     if (GetLastError() == ERROR_NO_MORE_FILES) SetLastError(ERROR_FILE_NOT_FOUND);
     return INVALID_HANDLE_VALUE;

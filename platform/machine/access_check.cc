@@ -43,6 +43,11 @@ bool MayOpen(Location& location, uint32_t wanted, bool isBackup) {
   return wanted == 0 || Fail(ERROR_ACCESS_DENIED);
 }
 
+bool MayReadAttributes(Location& location) {
+  if (GrantedRights(ParentSecurity(location)) & FILE_LIST_DIRECTORY) return true;
+  return (RightsOf(location) & FILE_READ_ATTRIBUTES) || Fail(ERROR_ACCESS_DENIED);
+}
+
 bool MayAdd(Location& location, uint32_t wanted) {
   SecurityBytes parent = ParentSecurity(location);
   return parent.empty() || (GrantedRights(parent) & wanted) == wanted || Fail(ERROR_ACCESS_DENIED);

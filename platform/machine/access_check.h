@@ -15,6 +15,10 @@ SecurityBytes ParentSecurity(Location& location);
 // The list is read only if something is left to be granted by it. False with ERROR_ACCESS_DENIED.
 bool MayOpen(Location& location, uint32_t wanted, bool isBackup);
 
+// Whether the attributes of what is at `location` may be asked for by its path, which no privilege helps: who
+// may list its directory sees them there. False with ERROR_ACCESS_DENIED.
+bool MayReadAttributes(Location& location);
+
 // Whether entries may be made in the directory: FILE_ADD_FILE or FILE_ADD_SUBDIRECTORY.
 bool MayAdd(Location& location, uint32_t wanted);
 

@@ -142,8 +142,8 @@ bool Opening::MayOpenFound() {
   uint32_t wanted = access_ | SYNCHRONIZE | FILE_READ_ATTRIBUTES;
   if (empties_) wanted |= FILE_WRITE_DATA;
   bool changes = (wanted & kWriteData) || (request_.flags & FILE_FLAG_DELETE_ON_CLOSE);
+  if (changes && !IsWritable(location_.path)) return false;
   if (changes && !facts_.IsDirectory()) {
-    if (!IsWritable(location_.path)) return false;
     if (!ReadAttributes(location_.parent, location_.name.c_str(), facts_)) {
       return Fail(ErrorFromErrno(errno));
     }

@@ -2,6 +2,7 @@
 #include <windows.h>
 #include <shlwapi.h>
 
+#include "machine/access_check.h"
 #include "machine/call.h"
 #include "machine/path_resolution.h"
 #include "machine/reparse_points.h"
@@ -14,7 +15,7 @@ BOOL WINAPI PathFileExistsW(LPCWSTR path) {
   Location location;
   FileFacts facts;
   return path && Locate("PathFileExistsW", Effect::kReads, path, location) &&
-         LookUp(location, Links::kKeep, facts, false);
+         LookUp(location, Links::kKeep, facts, false) && MayReadAttributes(location);
 }
 
 BOOL WINAPI PathIsDirectoryW(LPCWSTR path) {
@@ -22,7 +23,7 @@ BOOL WINAPI PathIsDirectoryW(LPCWSTR path) {
   Location location;
   FileFacts facts;
   if (!path || !Locate("PathIsDirectoryW", Effect::kReads, path, location) ||
-      !LookUp(location, Links::kKeep, facts, false)) {
+      !LookUp(location, Links::kKeep, facts, false) || !MayReadAttributes(location)) {
     return FALSE;
   }
   DescribeReparsePoint(location, facts);

@@ -142,7 +142,39 @@ bool HoldsZeroBytes(HANDLE file) {
   return std::find(bytes, bytes + read, 0) != bytes + read && bytes[0] != 0xfe;
 }
 
+// The bytes as a text of whatever encoding, as far as section lines go, which are of ASCII: without zeros,
+// so that UTF-16 will do, and without blanks, which people write in them as they like.
+WString BareText(const uint8_t* bytes, size_t count) {
+  WString text;
+  wchar_t* units = text.Reserve(static_cast<int32_t>(count));
+  size_t length = 0;
+  for (size_t i = 0; i < count; i++) {
+    if (bytes[i] != 0 && bytes[i] != ' ') units[length++] = bytes[i];
+  }
+  units[length] = 0;
+  text.length = 0;
+  return text;
+}
+
 }  // namespace
+
+bool IsOtherThanLog(const wchar_t* path) {
+  UniqueFile file(CreateFileW(PathForCalls(path).CStr(), GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                              0, nullptr));
+  if (!file) return false;  // none, or one that no entry gets into
+  std::vector<uint8_t> bytes(kPiece);
+  DWORD read = 0;
+  if (!ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(kPiece), &read, nullptr)) return false;
+  constexpr DWORD kLongestMark = 3;
+  if (read <= kLongestMark) return false;
+  WString text = BareText(bytes.data(), read);
+  for (const wchar_t* section :
+       {L"[Backup]", L"[Restore]", L"[Restorefrom]", L"[Copy/Moveuserdata]", L"[Home]"}) {
+    if (text.Find(section, false) > 0) return false;
+  }
+  return true;
+}
 
 UniqueFile LockLog(const wchar_t* path, uint64_t deadline) {
   WString lockPath = SidePath(path, L".lock");

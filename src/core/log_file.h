@@ -17,6 +17,10 @@
 // GetLastError() if it can't be had.
 UniqueFile LockLog(const wchar_t* path, uint64_t deadline);
 
+// Whether there is a file at `path` that is no log: it isn't empty, and none of the sections of a new log
+// stands in its first 64 KiB. An entry would spoil it.
+bool IsOtherThanLog(const wchar_t* path);
+
 // The log, open for reading and writing while others may read. To be called under the lock. Empty with
 // the reason in GetLastError(), ERROR_FILE_NOT_FOUND if there is none.
 UniqueFile OpenLog(const wchar_t* path, uint64_t deadline);

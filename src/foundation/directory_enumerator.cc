@@ -1,9 +1,16 @@
 #include "foundation/directory_enumerator.h"
 
+#include "foundation/file_queries.h"
+
 namespace {
 
 // The bit of a reparse tag that says that the name stands for another place.
 constexpr DWORD kNameSurrogate = 0x20000000;
+
+// These stand for another thing without that bit, hold no data, and nobody can open them: the names by which
+// store applications are started, of which each profile has a dozen, and sockets.
+constexpr DWORD kAppExecutableLink = 0x8000001B;
+constexpr DWORD kUnixSocket = 0x80000023;
 
 bool IsDotName(const wchar_t* name) {
   return name[0] == L'.' && (name[1] == 0 || (name[1] == L'.' && name[2] == 0));
@@ -22,7 +29,7 @@ HANDLE OpenSearch(const wchar_t* pattern, WIN32_FIND_DATAW* data) {
   const HANDLE handle = FindFirstFileExW(pattern, FindExInfoBasic, data, FindExSearchNameMatch, nullptr,
                                          FIND_FIRST_EX_LARGE_FETCH);
   // Systems before 6.1 don't know the level, nor do some file servers' redirectors.
-  if (handle != INVALID_HANDLE_VALUE || GetLastError() != ERROR_INVALID_PARAMETER) return handle;
+  if (handle != INVALID_HANDLE_VALUE || !IsUnsupported(GetLastError())) return handle;
   return FindFirstFileW(pattern, data);
 }
 
@@ -31,7 +38,8 @@ HANDLE OpenSearch(const wchar_t* pattern, WIN32_FIND_DATAW* data) {
 bool IsLink(DWORD attributes, DWORD reparseTag) {
   if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
   // A tag of 0 was withheld: what isn't known to be harmless isn't entered.
-  return reparseTag == 0 || (reparseTag & kNameSurrogate) != 0;
+  return reparseTag == 0 || (reparseTag & kNameSurrogate) != 0 || reparseTag == kAppExecutableLink ||
+         reparseTag == kUnixSocket;
 }
 
 bool IsLink(const WIN32_FIND_DATAW& entry) { return IsLink(entry.dwFileAttributes, entry.dwReserved0); }

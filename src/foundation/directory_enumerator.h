@@ -40,7 +40,8 @@ struct DirectoryEnumerator {
 // if the directory could not be read, for the reason that GetLastError() still gives.
 bool ListingEnded();
 
-// Whether an entry stands for another place: a symbolic link, a junction, a mounted volume. Other reparse
-// points (deduplicated or cloud files) are the files and directories that they show.
+// Whether an entry stands for something elsewhere: a symbolic link, a junction, a mounted volume, the alias
+// of a store application, a socket. Other reparse points (deduplicated or cloud files) are the files and
+// directories that they show.
 bool IsLink(const WIN32_FIND_DATAW& entry);
 bool IsLink(DWORD attributes, DWORD reparseTag);

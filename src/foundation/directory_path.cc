@@ -2,6 +2,7 @@
 #include <shlwapi.h>
 
 #include "foundation/file_object.h"
+#include "foundation/file_queries.h"
 #include "foundation/split_list.h"
 
 namespace {
@@ -10,11 +11,18 @@ constexpr int32_t kPrefixLength = 4;  // of "\\?\"
 
 bool HasLongPathPrefix(const WString& path) { return path.Find(L"\\\\?\\", true, 1, 1, kPrefixLength) == 1; }
 
+bool IsThere(const wchar_t* path) { return FileAttributesOf(path) != INVALID_FILE_ATTRIBUTES; }
+
+bool IsDirectory(const wchar_t* path) {
+  const DWORD attributes = FileAttributesOf(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 // True for a directory that is there afterwards, whoever made it.
 bool MakeOneDirectory(const wchar_t* path) {
   if (CreateDirectoryW(path, nullptr)) return true;
   const DWORD error = GetLastError();
-  if (error == ERROR_ALREADY_EXISTS && PathIsDirectoryW(path)) return true;
+  if (error == ERROR_ALREADY_EXISTS && IsDirectory(path)) return true;
   SetLastError(error);
   return false;
 }
@@ -34,10 +42,10 @@ bool MakeFromTop(WString& path, bool hasPrefix) {
   for (uint32_t row = 1; row < components.count; ++row) {
     if (components.pieces[row][0] == 0) continue;
     made.Concat(made.CStr(), L"\\", components.pieces[row]);
-    if (!PathFileExistsW(made.CStr()) && !MakeOneDirectory(made.CStr())) return false;
+    if (!IsThere(made.CStr()) && !MakeOneDirectory(made.CStr())) return false;
   }
   // A file may stand where the last component should be.
-  if (PathIsDirectoryW(made.CStr())) return true;
+  if (IsDirectory(made.CStr())) return true;
   SetLastError(ERROR_DIRECTORY);
   return false;
 }
@@ -60,7 +68,7 @@ bool MakeDirectoryPath(const wchar_t* path) {
     SetLastError(ERROR_INVALID_NAME);
     return false;
   }
-  if (PathIsDirectoryW(target.CStr())) return true;
+  if (IsDirectory(target.CStr())) return true;
   if (MakeOneDirectory(target.CStr())) return true;
   return MakeFromTop(target, hasPrefix);
 }

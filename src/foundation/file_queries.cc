@@ -4,6 +4,40 @@
 #include "foundation/file_object.h"
 #include "foundation/unique_handle.h"
 
+DWORD FileAttributesOf(const wchar_t* path) {
+  const DWORD attributes = GetFileAttributesW(path);
+  if (attributes != INVALID_FILE_ATTRIBUTES) return attributes;
+  // That call uses no privilege, and knows nothing of what the system keeps to itself. The folder's listing
+  // is opened for backup.
+  const DWORD error = GetLastError();
+  if (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION) return attributes;
+  WString entryPath(path);
+  entryPath.StripTrailingBackslashes();
+  const int32_t units = entryPath.Length();
+  // The root of a drive is no entry of a folder.
+  if (units == 0 || entryPath.buffer[units - 1] == L':') {
+    SetLastError(error);
+    return attributes;
+  }
+  WIN32_FIND_DATAW entry;
+  const UniqueFind search(FindFirstFileW(entryPath.CStr(), &entry));
+  return search ? entry.dwFileAttributes : INVALID_FILE_ATTRIBUTES;
+}
+
+bool GetAttributesAndTag(HANDLE handle, FILE_ATTRIBUTE_TAG_INFO& info) {
+  if (GetFileInformationByHandleEx(handle, FileAttributeTagInfo, &info, sizeof(info))) return true;
+  // FAT, CDs and some file servers don't know this class. They have hardly any reparse points either.
+  BY_HANDLE_FILE_INFORMATION plain;
+  if (!IsUnsupported(GetLastError()) || !GetFileInformationByHandle(handle, &plain)) return false;
+  info.FileAttributes = plain.dwFileAttributes;
+  info.ReparseTag = 0;
+  return true;
+}
+
+bool IsUnsupported(DWORD error) {
+  return error == ERROR_INVALID_PARAMETER || error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
+}
+
 uint64_t GetFileSize64(const wchar_t* path) {
   const WString fitting = PathForCalls(path);
   const UniqueFile file(CreateFileW(fitting.CStr(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,

@@ -5,6 +5,7 @@
 #include <shlobj.h>
 
 #include "foundation/acl_buffer.h"
+#include "foundation/file_queries.h"
 #include "foundation/tree_walk.h"
 #include "foundation/waiting_messages.h"
 
@@ -22,12 +23,11 @@ struct Found {
 Found Look(const wchar_t* path) {
   Found found;
   WIN32_FIND_DATAW entry = {};
-  entry.dwFileAttributes = GetFileAttributesW(path);
-  // The directory's entry knows the tag of a reparse point, and the attributes of what can't be opened.
-  const bool isUnknown = entry.dwFileAttributes == INVALID_FILE_ATTRIBUTES;
-  if (isUnknown || (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+  entry.dwFileAttributes = FileAttributesOf(path);
+  if (entry.dwFileAttributes == INVALID_FILE_ATTRIBUTES) return found;
+  // The directory's entry knows the tag of a reparse point.
+  if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
     const UniqueFind search(FindFirstFileW(path, &entry));
-    if (!search && isUnknown) return found;
   }
   found.isThere = true;
   found.isDirectory = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -1,6 +1,7 @@
 #include "foundation/held_directory.h"
 
 #include "foundation/directory_enumerator.h"
+#include "foundation/file_queries.h"
 #include "foundation/wstring.h"
 
 HoldResult HeldDirectory::Open(const wchar_t* path, bool followLink) {
@@ -16,7 +17,7 @@ HoldResult HeldDirectory::Open(const wchar_t* path, bool followLink) {
   handle_.Reset();
   if (!directory) return HoldResult::kFailed;
   FILE_ATTRIBUTE_TAG_INFO info;
-  if (!GetFileInformationByHandleEx(directory.Get(), FileAttributeTagInfo, &info, sizeof(info))) {
+  if (!GetAttributesAndTag(directory.Get(), info)) {
     const DWORD error = GetLastError();
     directory.Reset();
     SetLastError(error);

@@ -44,6 +44,16 @@ LSTATUS SetStrings(HKEY key, const wchar_t* name, const wchar_t* text) {
                         static_cast<DWORD>(units + 2) * sizeof(wchar_t));
 }
 
+// Whether a path leads to a key below a root. A root alone can't be deleted, and what it holds must not be
+// gone by the time when that shows.
+bool IsBelowRoot(const wchar_t* path) {
+  WString rest(path);
+  REGSAM access = 0;
+  if (ParseRegistryPath(rest, access) == nullptr) return false;
+  rest.StripTrailingBackslashes();
+  return !rest.IsEmpty();
+}
+
 // Opens a key, or the link itself where it is one.
 HKEY OpenKeyOrLink(const wchar_t* path, REGSAM access) {
   WString rest(path);
@@ -114,6 +124,7 @@ bool RegistryKey::DeleteValueOrTree(const wchar_t* path, const wchar_t* name) {
 
 bool RegistryKey::DeleteTree(const wchar_t* path) {
   Close();
+  if (!IsBelowRoot(path)) return false;
   key = OpenKeyOrLink(path, KEY_READ);
   const bool isLink = key != nullptr && IsLinkKey(key);
   DWORD subkeys = 0;
@@ -134,7 +145,6 @@ bool RegistryKey::DeleteTree(const wchar_t* path) {
 
   WString parent(path);
   const int32_t backslash = parent.LastBackslash();
-  if (backslash == 0) return false;
   const WString name(parent.CStr() + backslash);
   parent.Truncate(backslash - 1);
   Close();

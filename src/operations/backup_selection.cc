@@ -1,6 +1,7 @@
 #include "operations/backup_selection.h"
 
 #include "foundation/file_object.h"
+#include "foundation/system_text.h"
 #include "operations/document_keys.h"
 #include "users/account_facts.h"
 
@@ -63,12 +64,13 @@ void WriteExtraFolders(IniDocument& document, const BackupSelection& selection, 
 bool MakeInfoFile(const wchar_t* path, WString* problem) {
   FileObject file;
   if (file.Open(path, kFileCreateAlways | kFileUtf16LE)) return true;
+  const DWORD error = GetLastError();
   // On a full disk the file is made, and its mark is what didn't fit.
   WString name(path);
   DeleteFileW(name.AddLongPathPrefix().CStr());
   if (problem) {
-    problem->Concat(L"The file \"", path,
-                    L"\" could not be created. Choose a folder with free space that you may write to.");
+    problem->Concat(L"The file \"", path, L"\" could not be created (", SystemText(error).CStr(),
+                    L"). Choose a folder with free space that you may write to.");
   }
   return false;
 }

@@ -2,16 +2,28 @@
 
 #include <windows.h>
 
+#include "foundation/system_text.h"
+#include "operations/path_queries.h"
+
 namespace {
 
 void DescribeSaveFailure(const WString& path, DWORD error, WString& problem) {
-  bool full = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
-  const wchar_t* reason =
-      full ? L"\" could not be written, because the disk is full. Free some space, or choose "
-             L"another disk for the backup."
-           : L"\" could not be written. Choose a folder that you may write to, and close "
-             L"other programs that use the file.";
-  problem.Concat(L"The file \"", path.CStr(), reason);
+  if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL) {
+    problem.Concat(L"The file \"", path.CStr(),
+                   L"\" could not be written, because the disk is full. Free some space, or choose another "
+                   L"disk for the backup.");
+    return;
+  }
+  const DWORD attributes = PathAttributes(path.CStr());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
+    problem.Concat(
+        L"The file \"", path.CStr(),
+        L"\" could not be written, because it is marked as read-only. Take the mark off, or choose "
+        L"another folder for the backup.");
+    return;
+  }
+  problem.Concat(L"The file \"", path.CStr(), L"\" could not be written (", SystemText(error).CStr(),
+                 L"). Choose a folder that you may write to, and close other programs that use the file.");
 }
 
 // An owner that saves on destruction must not make the file again.

@@ -33,6 +33,15 @@ void StripTrailingDotsAndBlanks(WString& name) {
   name.Truncate(length);
 }
 
+// No field takes them, but a command line does; no file system of Windows takes them in a name.
+void StripControlCharacters(WString& name) {
+  int32_t kept = 0;
+  for (int32_t i = 0; i < name.Length(); i++) {
+    if (name.buffer[i] >= L' ') name.buffer[kept++] = name.buffer[i];
+  }
+  name.Truncate(kept);
+}
+
 }  // namespace
 
 WString DefaultBackupName(const wchar_t* computerName, const wchar_t* consoleUserName) {
@@ -45,6 +54,7 @@ WString DefaultBackupName(const wchar_t* computerName, const wchar_t* consoleUse
 WString CleanBackupName(const wchar_t* text) {
   WString name(text);
   name.StripFileNameChars();
+  StripControlCharacters(name);
   name.Trim(kTrimLeading | kTrimTrailing);
   StripTrailingDotsAndBlanks(name);
   if (IsDeviceName(name)) name.Assign(L"");

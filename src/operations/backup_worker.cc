@@ -11,6 +11,7 @@
 #include "operations/operation_context.h"
 #include "operations/path_queries.h"
 #include "operations/phase_runner.h"
+#include "users/user_hives.h"
 
 namespace {
 
@@ -75,6 +76,10 @@ bool BackupWorker::RunUser(const wchar_t* name, uint32_t mask) {
 
 // A folder of a chosen account whose place nobody knows isn't in the set, and that has to be told.
 void BackupWorker::ReportFolders(const UserTrees& user, const wchar_t* name) {
+  HiveProblem problem;
+  if (user.notFound.count != 0 && FindHiveProblem(user.sid.CStr(), user.profile.CStr(), problem)) {
+    ReportFailure(context_, kCannotLoadHive, problem.file.CStr(), static_cast<DWORD>(problem.status));
+  }
   for (uint32_t i = 0; i < user.notFound.count; i++) {
     WString folder;
     folder.Concat(name, L"\\", user.notFound[i].CStr());

@@ -1,30 +1,16 @@
 #include "operations/copy_engine.h"
 
+#include "foundation/file_queries.h"
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
 #include "operations/count_items.h"
+#include "operations/drive_presence.h"
 #include "operations/fast_copy.h"
 #include "operations/filtered_copy.h"
 #include "operations/status_lines.h"
 #include "operations/walk_path.h"
 
 namespace {
-
-bool IsMissing(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND; }
-
-// A folder that an account doesn't have passes by without a word; one that is there and can't be looked
-// at, or is a file, doesn't.
-bool IsSourceDirectory(const wchar_t* path, OperationContext& context) {
-  DWORD attributes = GetFileAttributesW(path);
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
-    DWORD error = GetLastError();
-    if (!IsMissing(error)) ReportFailure(context, kCannotReadDirectory, path, error);
-    return false;
-  }
-  if (attributes & FILE_ATTRIBUTE_DIRECTORY) return true;
-  ReportFailure(context, kCannotReadDirectory, path, ERROR_DIRECTORY);
-  return false;
-}
 
 void ResetCounters(OperationContext& context) {
   // The totals begin at 1, so that a share of them needs no test.
@@ -37,9 +23,24 @@ void ResetCounters(OperationContext& context) {
 
 }  // namespace
 
+bool IsPhaseSource(const wchar_t* source, DWORD& error) {
+  const WalkPath path(source);
+  const DWORD attributes = FileAttributesOf(path.CStr());
+  error = attributes == INVALID_FILE_ATTRIBUTES ? GetLastError() : DWORD{NO_ERROR};
+  if (IsMissingOnItsDrive(path.CStr(), error)) error = NO_ERROR;
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  if (attributes & FILE_ATTRIBUTE_DIRECTORY) return true;
+  error = ERROR_DIRECTORY;
+  return false;
+}
+
 bool RunCopyPhase(const wchar_t* source, const wchar_t* target, OperationContext& context, bool fast) {
   WalkPath sourcePath(source);
-  if (!IsSourceDirectory(sourcePath.CStr(), context)) return false;
+  DWORD error = NO_ERROR;
+  if (!IsPhaseSource(source, error)) {
+    if (error != NO_ERROR) ReportFailure(context, kCannotReadDirectory, source, error);
+    return false;
+  }
   if (!MakeDirectoryPath(target)) {
     ReportTargetFailure(context, kCannotMakeDirectory, target, GetLastError());
     return false;

@@ -9,6 +9,10 @@
 #pragma once
 #include "operations/operation_context.h"
 
+// Whether `source` is a folder that a phase can copy. Otherwise `error` tells why not: NO_ERROR where nothing
+// is there, since a folder that an account doesn't have is no failure.
+bool IsPhaseSource(const wchar_t* source, DWORD& error);
+
 // Copies what `source` holds into `target`, which is made with its parents. Runs on the worker's thread.
 // False if the source is no directory, the target can't be made, the run was stopped while counting, or
 // a directory of the target couldn't be made. Each failed item is logged, counted in

@@ -17,6 +17,7 @@ inline constexpr wchar_t kCannotRead[] = L"Could not read local file: ";
 inline constexpr wchar_t kCannotWrite[] = L"Could not write local file: ";
 inline constexpr wchar_t kCannotFindProfile[] = L"Error! Could not get profile path for user: ";
 inline constexpr wchar_t kCannotFindFolder[] = L"Error! Could not find user folder: ";
+inline constexpr wchar_t kCannotLoadHive[] = L"Error! Could not load user hive: ";
 inline constexpr wchar_t kCannotCreateAccount[] = L"Error! Could not create user account: ";
 inline constexpr wchar_t kProtectedFolder[] = L"Error! Left out protected user folder: ";
 inline constexpr wchar_t kSourceIsTarget[] = L"Error! Source and destination are in each other: ";

@@ -56,6 +56,13 @@ bool CanMoveFiles(const wchar_t* source, const wchar_t* target) {
   return HasDrive(from) && HasDrive(to) && from.buffer[0] == to.buffer[0];
 }
 
+const RunTree* FindUnmovable(const std::vector<RunTree>& trees) {
+  for (const RunTree& tree : trees) {
+    if (!CanMoveFiles(tree.source.CStr(), tree.target.CStr())) return &tree;
+  }
+  return nullptr;
+}
+
 bool CanStartCopyMove(const wchar_t* source, const wchar_t* target) {
   WString folder(target);
   if (UnitCount(source) < kShortestPath || folder.Length() < kShortestPath || !IsFolderPath(source)) {

@@ -4,8 +4,10 @@
 // document has no file.
 #pragma once
 #include <cstdint>
+#include <vector>
 
 #include "foundation/ini_document.h"
+#include "operations/run_tree.h"
 #include "users/user_table.h"
 
 inline constexpr wchar_t kCopyMoveSourceKey[] = L"CMSrcFolder";
@@ -30,6 +32,9 @@ WString EntryForAccount(const wchar_t* name, const wchar_t* profile);
 
 // Whether files can be moved from one to the other: both have a drive letter, and the same one.
 bool CanMoveFiles(const wchar_t* source, const wchar_t* target);
+
+// The first tree of a run whose files can't be moved; null if there is none.
+const RunTree* FindUnmovable(const std::vector<RunTree>& trees);
 
 // Whether a copy can start: the source is a folder, and the target, its parent or its parent's parent is
 // one. Both are paths.

@@ -4,7 +4,9 @@
 
 #include "foundation/held_directory.h"
 #include "operations/copy_failure.h"
+#include "operations/folder_sweep.h"
 #include "operations/link_watch.h"
+#include "operations/name_clash.h"
 #include "operations/source_walk.h"
 #include "operations/temporary_file.h"
 
@@ -38,26 +40,35 @@ class CopyWalk {
     while (tree_.Depth() > 0) {
       if (!Step()) break;
     }
+    // After a stop.
+    for (; !levels_.empty(); levels_.pop_back()) {
+      target_.Cut(levels_.back().length);
+      if (levels_.back().needsSweep) Sweep();
+    }
     return result_;
   }
 
  private:
   struct TargetLevel {
     HeldDirectory held;
-    int32_t length;         // of the directory's path
-    bool isProven = false;  // see FileInHand::isFolderProven
-    bool isNew = false;     // see FileInHand::isFolderNew
+    int32_t length;            // of the directory's path
+    bool isProven = false;     // see FileInHand::isFolderProven
+    bool isNew = false;        // see FileInHand::isFolderNew
+    bool needsSweep = false;   // see FileInHand::needsSweep
+    SeenNames seen;            // of the source's directory, as far as it was walked
+    bool mayHaveTwin = false;  // see FileInHand::mayHaveTwin
   };
 
   bool Step();
   void EnterDirectory();
   bool MakeTargetDirectory(TargetLevel& level);
+  void FailDirectory(DWORD error);
   bool IsParentIntact();
   FileInHand InHand(TargetLevel& level) {
-    return {tree_.Entry(), tree_.Size(), tree_.path,     target_,
-            level.length,  temporary_,   level.isProven, level.isNew};
+    return {tree_.Entry(), tree_.Size(),   tree_.path,       target_,     level.length,
+            temporary_,    level.isProven, level.needsSweep, level.isNew, level.mayHaveTwin};
   }
-  void RemoveLeftoversHere();
+  void Sweep();
   void LeaveDirectory();
   void TransferFile();
   void ReportEntryTooLong();
@@ -79,9 +90,10 @@ bool CopyWalk::Step() {
   if (step == SourceWalk::Step::kEnd || step == SourceWalk::Step::kBrokenOff) {
     if (step == SourceWalk::Step::kBrokenOff) {
       ReportFailure(context_, kCannotReadDirectory, tree_.path.CStr(), tree_.error);
-    } else if (!levels_.back().isNew && !IsStopped(context_)) {
-      RemoveLeftoversHere();
     }
+    const bool mayHaveLeftovers =
+        !levels_.back().isNew && step == SourceWalk::Step::kEnd && !IsStopped(context_);
+    if (mayHaveLeftovers || levels_.back().needsSweep) Sweep();
     LeaveDirectory();
     return true;
   }
@@ -104,12 +116,21 @@ bool CopyWalk::Step() {
     if (isDirectory) result_ = false;
     return true;
   }
-  if (tree_.IsDirectory()) {
-    EnterDirectory();
-  } else {
+  levels_.back().mayHaveTwin = levels_.back().seen.Add(name);
+  if (!tree_.IsDirectory()) {
     TransferFile();
+  } else if (IsClash(InHand(levels_.back()), context_)) {
+    FailDirectory(ERROR_ALREADY_EXISTS);
+    result_ = false;
+  } else {
+    EnterDirectory();
   }
   return true;
+}
+
+void CopyWalk::FailDirectory(DWORD error) {
+  ReportTargetFailure(context_, kCannotMakeDirectory, target_.CStr(), error);
+  context_.errors.fetch_add(1, std::memory_order_relaxed);
 }
 
 void CopyWalk::ReportEntryTooLong() {
@@ -128,7 +149,7 @@ void CopyWalk::EnterDirectory() {
     ReportFailure(context_, kCannotReadDirectory, tree_.path.CStr(), tree_.error);
     return;
   }
-  TargetLevel level{{}, target_.Length(), levels_.empty()};
+  TargetLevel level{{}, target_.Length(), levels_.empty(), false, false, {}, false};
   if (!MakeTargetDirectory(level)) {
     tree_.Leave();
     result_ = false;
@@ -155,8 +176,7 @@ bool CopyWalk::MakeTargetDirectory(TargetLevel& level) {
     level.held.Release();
     RemoveDirectoryW(target_.CStr());
   }
-  ReportTargetFailure(context_, kCannotMakeDirectory, target_.CStr(), error);
-  context_.errors.fetch_add(1, std::memory_order_relaxed);
+  FailDirectory(error);
   return false;
 }
 
@@ -167,10 +187,11 @@ bool CopyWalk::IsParentIntact() {
   return made.IsTargetFolderIntact();
 }
 
-// Not before all files have got to their places: a leftover may be an older file that had stepped aside.
-void CopyWalk::RemoveLeftoversHere() {
+// Not before all files have got to their places: an older file that had stepped aside may be waiting for
+// its own.
+void CopyWalk::Sweep() {
   temporary_.AssignFolder(target_, target_.Length());
-  RemoveLeftovers(temporary_);
+  SweepFolder(temporary_, context_, levels_.back().needsSweep);
 }
 
 void CopyWalk::LeaveDirectory() {
@@ -196,6 +217,10 @@ bool FileInHand::IsTargetFolderIntact() {
   folder.AssignMid(target.CStr(), 1, targetFolderLength);
   isFolderProven = !HasBecomeLink(folder.CStr());
   return isFolderProven;
+}
+
+void FileInHand::DropTemporary() {
+  if (!RemoveTemporary(temporary.CStr())) needsSweep = true;
 }
 
 void CountItemDone(OperationContext& context) {

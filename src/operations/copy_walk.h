@@ -15,10 +15,15 @@ struct FileInHand {
   int32_t targetFolderLength;  // of the target's folder in `target`
   WalkPath& temporary;         // scratch: the path of the file in the making
   bool& isFolderProven;        // the target's folder was looked at with something in it
-  bool isFolderNew;            // this walk has made the target's folder
+  bool& needsSweep;            // to be set where something is left in the target's folder
+  bool isFolderNew;            // this walk has made the target's folder; all in it comes from the source
+  bool mayHaveTwin;            // the source's folder may have the name in another case, too; see SeenNames
 
   // To be asked when the file in the making stands: whether the target's folder is still itself.
   bool IsTargetFolderIntact();
+
+  // Removes the file in the making.
+  void DropTemporary();
 };
 
 struct CopyMethod {

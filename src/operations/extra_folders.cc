@@ -8,32 +8,7 @@ namespace {
 
 constexpr int32_t kShortestFolder = 4;  // shorter paths are roots of drives
 
-// The path made absolute by the system. The text itself where the system can't.
-WString FullPath(const wchar_t* text) {
-  DWORD room = GetFullPathNameW(text, 0, nullptr, nullptr);
-  WString path;
-  if (room == 0) return WString(text);
-  wchar_t* buffer = path.Reserve(static_cast<int32_t>(room), nullptr, true);
-  DWORD used = GetFullPathNameW(text, room, buffer, nullptr);
-  return used == 0 || used >= room ? WString(text) : path;
-}
-
 }  // namespace
-
-WString CleanExtraFolder(const wchar_t* text) {
-  if (UnitCount(text) == 0) return WString(L"");
-  WString path(text);
-  // Without its backslash, the system takes a drive for the current folder there.
-  if (path.Length() == 2 && path.buffer[1] == L':') path.Append(L"\\");
-  path = FullPath(path.CStr());
-  constexpr int32_t kPrefixLength = 4;
-  bool prefixed = path.Find(L"\\\\?\\", true, 1, 1, kPrefixLength) == 1;
-  if (prefixed && path.Length() > kPrefixLength + 1 && path.buffer[kPrefixLength + 1] == L':') {
-    path.RemoveLeft(kPrefixLength);
-  }
-  path.StripTrailingBackslashes();
-  return path;
-}
 
 ExtraFolderProblem CheckExtraFolder(const wchar_t* folder, const WStringArray& rows) {
   WString path(folder);

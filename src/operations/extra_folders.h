@@ -5,16 +5,13 @@
 #include <cstdint>
 #include <vector>
 
+#include "foundation/wstring.h"
 #include "foundation/wstring_array.h"
 
 enum class ExtraFolderProblem { kNone, kMissing, kFile, kDriveRoot, kEqualsSign, kCovered };
 
-// The path as it stands in the list: absolute, with backslashes, without the long path prefix and
-// without backslashes at its end.
-WString CleanExtraFolder(const wchar_t* text);
-
-// Whether `folder`, cleaned, may be added to `rows`. kCovered: a row is the folder itself, or a folder
-// that it lies in.
+// Whether `folder`, as CleanPath gives it, may be added to `rows`. kCovered: a row is the folder itself, or a
+// folder that it lies in.
 ExtraFolderProblem CheckExtraFolder(const wchar_t* folder, const WStringArray& rows);
 
 // The sentence for a person; empty for kNone.

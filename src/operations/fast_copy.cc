@@ -1,10 +1,12 @@
 #include "operations/fast_copy.h"
 
+#include "foundation/file_queries.h"
 #include "foundation/force_delete.h"
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
 #include "operations/file_placement.h"
 #include "operations/file_transfer.h"
+#include "operations/name_clash.h"
 #include "operations/temporary_file.h"
 
 namespace {
@@ -19,16 +21,24 @@ bool IsLeftOut(const wchar_t* name, uint32_t depth) {
          folder.EqualsNoCase(L"Comms");
 }
 
+// With the attributes of the source's directory, where the disk takes what comes with them.
+bool MakeAlike(const wchar_t* source, const wchar_t* target) {
+  if (CreateDirectoryExW(source, target, nullptr)) return true;
+  const DWORD error = GetLastError();
+  if (!IsUnsupported(error) && error != ERROR_EAS_NOT_SUPPORTED) return false;
+  return CreateDirectoryW(target, nullptr) != 0;
+}
+
 // A file in the directory's place gives way. A link doesn't: the walk refuses it.
 bool MakeDirectory(const wchar_t* source, const wchar_t* target, bool& isNew) {
-  isNew = CreateDirectoryExW(source, target, nullptr) != 0;
+  isNew = MakeAlike(source, target);
   if (isNew) return true;
   if (GetLastError() != ERROR_ALREADY_EXISTS) return false;
-  DWORD attributes = GetFileAttributesW(target);
+  DWORD attributes = FileAttributesOf(target);
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
   if (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) return true;
   ForceDelete(target, kDeleteTakeOwnership);
-  isNew = CreateDirectoryExW(source, target, nullptr) != 0;
+  isNew = MakeAlike(source, target);
   return isNew;
 }
 
@@ -50,18 +60,18 @@ bool CopyToTemporary(FileInHand& file, OperationContext& context) {
   return false;
 }
 
-void TransferByCopy(FileInHand& file, OperationContext& context) {
+void TransferByCopy(FileInHand& file, OperationContext& context, Place place) {
   if (!CopyToTemporary(file, context)) {
     return ReportTargetFailure(context, kCannotCopy, file.source.CStr(), GetLastError());
   }
   DWORD error = ERROR_CANT_ACCESS_FILE;
   Placement placement = Placement::kRefused;
   if (file.IsTargetFolderIntact()) {
-    placement =
-        PutInPlace(file.temporary.CStr(), file.target.CStr(), Place::kUnknown, context.patience, error);
+    placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), place, context.patience, error);
   }
-  if (placement == Placement::kRefused || placement == Placement::kFailed) {
-    RemoveTemporary(file.temporary.CStr());
+  if (!IsInPlace(placement)) {
+    file.DropTemporary();
+    if (placement == Placement::kOldAside) file.needsSweep = true;
     return ReportTargetFailure(context, kCannotCopy, file.source.CStr(), error);
   }
   CountBytesDone(context, file.size);
@@ -69,10 +79,12 @@ void TransferByCopy(FileInHand& file, OperationContext& context) {
 }
 
 void TransferFile(FileInHand& file, OperationContext& context) {
+  if (IsClash(file, context)) return ReportClash(file, context);
+  const Place place = file.isFolderNew ? Place::kNotOurs : Place::kUnknown;
   if (context.moveFiles) {
-    TransferByMove(file, context, Place::kUnknown);
+    TransferByMove(file, context, place);
   } else {
-    TransferByCopy(file, context);
+    TransferByCopy(file, context, place);
   }
 }
 

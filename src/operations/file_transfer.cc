@@ -1,8 +1,10 @@
 #include "operations/file_transfer.h"
 
 #include "foundation/directory_enumerator.h"
+#include "foundation/file_queries.h"
 #include "foundation/unique_handle.h"
 #include "operations/copy_failure.h"
+#include "operations/name_clash.h"
 #include "operations/temporary_file.h"
 
 namespace {
@@ -21,8 +23,7 @@ HANDLE OpenForReading(const wchar_t* path, DWORD flags) {
 
 bool IsLinkBehind(HANDLE handle) {
   FILE_ATTRIBUTE_TAG_INFO info;
-  return GetFileInformationByHandleEx(handle, FileAttributeTagInfo, &info, sizeof(info)) &&
-         IsLink(info.FileAttributes, info.ReparseTag);
+  return GetAttributesAndTag(handle, info) && IsLink(info.FileAttributes, info.ReparseTag);
 }
 
 // Whether a file's bytes may lie elsewhere: deduplicated, in a cloud, on a tape. Some systems hide the
@@ -108,6 +109,13 @@ DWORD FailureReason() {
   return error != NO_ERROR ? error : ERROR_GEN_FAILURE;
 }
 
+DWORD SetBasicInfo(HANDLE handle, FILE_BASIC_INFO info) {
+  return SetFileInformationByHandle(handle, FileBasicInfo, &info, sizeof(info)) ? NO_ERROR : FailureReason();
+}
+
+constexpr LARGE_INTEGER FILE_BASIC_INFO::*kTimes[] = {
+    &FILE_BASIC_INFO::CreationTime, &FILE_BASIC_INFO::LastAccessTime, &FILE_BASIC_INFO::LastWriteTime};
+
 DWORD SetAttributesAndTimes(HANDLE handle, const WIN32_FIND_DATAW& entry) {
   FILE_BASIC_INFO info = {};
   info.CreationTime = AsLarge(entry.ftCreationTime);
@@ -115,7 +123,18 @@ DWORD SetAttributesAndTimes(HANDLE handle, const WIN32_FIND_DATAW& entry) {
   info.LastWriteTime = AsLarge(entry.ftLastWriteTime);
   info.FileAttributes = entry.dwFileAttributes & kSettableAttributes;
   if (info.FileAttributes == 0) info.FileAttributes = FILE_ATTRIBUTE_NORMAL;  // 0 would change nothing
-  return SetFileInformationByHandle(handle, FileBasicInfo, &info, sizeof(info)) ? NO_ERROR : FailureReason();
+  const DWORD error = SetBasicInfo(handle, info);
+  if (error != ERROR_INVALID_PARAMETER) return error;
+  // FAT has no times before 1980, and refuses all for the sake of one. What it can hold, it shall.
+  for (LARGE_INTEGER FILE_BASIC_INFO::*time : kTimes) {
+    FILE_BASIC_INFO one = {};
+    one.*time = info.*time;
+    SetBasicInfo(handle, one);
+  }
+  FILE_BASIC_INFO attributes = {};
+  attributes.FileAttributes = info.FileAttributes;
+  SetBasicInfo(handle, attributes);
+  return error;
 }
 
 // NTFS remembers for some seconds when a name that has gone was created, and gives the next file of that
@@ -139,12 +158,18 @@ void PlaceFile(FileInHand& file, OperationContext& context, Place place, int64_t
   if (file.IsTargetFolderIntact()) {
     placement = PutInPlace(file.temporary.CStr(), file.target.CStr(), place, context.patience, error);
   }
-  if (placement == Placement::kRefused || placement == Placement::kFailed) {
-    RemoveTemporary(file.temporary.CStr());
-    if (placement == Placement::kFailed) return FailWriting(file, context, error);
-    return ReportTargetFailure(context, kCannotOpenTarget, file.target.CStr(), error);
+  if (!IsInPlace(placement)) {
+    file.DropTemporary();
+    if (placement == Placement::kOldAside) file.needsSweep = true;
+    if (placement == Placement::kRefused) {
+      ReportTargetFailure(context, kCannotOpenTarget, file.target.CStr(), error);
+    } else if (placement != Placement::kLeft) {
+      FailWriting(file, context, error);
+    } else if (file.isFolderNew) {
+      ReportClash(file, context);
+    }
+    return;
   }
-  if (placement == Placement::kLeft) return RemoveTemporary(file.temporary.CStr());
   CountFileCopied(context, copied);
   if (placement == Placement::kReplaced && attributesError == NO_ERROR) {
     attributesError = RestoreCreationTime(file.target.CStr(), file.entry.ftCreationTime);
@@ -186,7 +211,7 @@ void TransferByBlocks(FileInHand& file, OperationContext& context, Place place) 
   }
   if (blocks == Blocks::kAll && !isLink) return PlaceFile(file, context, place, copied, attributesError);
 
-  RemoveTemporary(file.temporary.CStr());
+  file.DropTemporary();
   if (isLink) {
     context.linksSkipped.fetch_add(1, std::memory_order_relaxed);
   } else if (blocks == Blocks::kReadFailed) {
@@ -204,7 +229,8 @@ void TransferByMove(FileInHand& file, OperationContext& context, Place place) {
   DWORD flags = place == Place::kNotOurs ? 0 : MOVEFILE_REPLACE_EXISTING;
   if (!MoveFileExW(file.source.CStr(), file.target.CStr(), flags)) {
     DWORD error = GetLastError();
-    if (place == Place::kNotOurs && SaysThatPlaceIsTaken(error)) return;
+    const bool isTaken = place == Place::kNotOurs && SaysThatPlaceIsTaken(error);
+    if (isTaken && !file.isFolderNew) return;
     return ReportTargetFailure(context, kCannotMove, file.source.CStr(), error);
   }
   CountBytesDone(context, file.size);

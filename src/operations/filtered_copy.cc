@@ -4,6 +4,7 @@
 #include "foundation/unique_handle.h"
 #include "operations/copy_walk.h"
 #include "operations/file_transfer.h"
+#include "operations/name_clash.h"
 
 namespace {
 
@@ -47,13 +48,12 @@ bool GetTarget(const FileInHand& file, WIN32_FILE_ATTRIBUTE_DATA& target) {
 // What the options leave to do about the file's place; false if the file is to stay where it is.
 bool DecideOnPlace(const FileInHand& file, OperationContext& context, Place& place) {
   WIN32_FILE_ATTRIBUTE_DATA target;
+  // A directory that has just been made needs no look. If a file should turn up there all the same, the
+  // placing comes upon it.
+  place = Place::kNotOurs;
+  if (file.isFolderNew) return true;
+  if (context.copyOptions & kCopyOnlyMissing) return !GetTarget(file, target);
   place = Place::kUnknown;
-  if (context.copyOptions & kCopyOnlyMissing) {
-    // A directory that has just been made needs no look. If a file should turn up there all the same, the
-    // placing comes upon it.
-    place = Place::kNotOurs;
-    return file.isFolderNew || !GetTarget(file, target);
-  }
   if (!(context.copyOptions & kCopyOnlyNewer) || !GetTarget(file, target)) return true;
   place = Place::kTaken;
   if (!IsCurrent(file, target, context)) return true;
@@ -64,6 +64,7 @@ bool DecideOnPlace(const FileInHand& file, OperationContext& context, Place& pla
 // Decides about a file, and copies or moves it.
 void TransferFile(FileInHand& file, OperationContext& context) {
   if (file.entry.dwFileAttributes & context.attributeMask) return;
+  if (IsClash(file, context)) return ReportClash(file, context);
   Place place;
   if (!DecideOnPlace(file, context, place)) return;
   if (context.moveFiles) {

@@ -1,6 +1,7 @@
 #include "operations/held_way.h"
 
 #include "foundation/split_list.h"
+#include "operations/drive_presence.h"
 #include "operations/walk_path.h"
 
 HeldWay::Result HeldWay::Hold(const wchar_t* root, const wchar_t* relative, bool makes) {
@@ -26,9 +27,10 @@ HeldWay::Result HeldWay::HoldStep(const wchar_t* path, bool makes) {
   HoldResult result = step.Open(path);
   if (result == HoldResult::kLink) return Result::kLink;
   if (result == HoldResult::kFailed) {
-    DWORD error = GetLastError();
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Result::kMissing
-                                                                          : Result::kFailed;
+    const DWORD error = GetLastError();
+    if (IsMissingOnItsDrive(path, error)) return Result::kMissing;
+    SetLastError(error);
+    return Result::kFailed;
   }
   steps_.push_back(std::move(step));
   return Result::kHeld;

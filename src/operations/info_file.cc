@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "foundation/directory_enumerator.h"
+#include "foundation/system_text.h"
 #include "foundation/unique_handle.h"
 #include "operations/path_queries.h"
 
@@ -104,7 +105,9 @@ InfoFileState CheckInfoFile(const wchar_t* path) {
 }
 
 WString InfoFileSentence(InfoFileState state, const wchar_t* path) {
+  const DWORD error = GetLastError();
   const wchar_t* reason = nullptr;
+  WString unreadable;
   switch (state) {
     case InfoFileState::kReadable:
       return WString();
@@ -115,7 +118,9 @@ WString InfoFileSentence(InfoFileState state, const wchar_t* path) {
       reason = L"\" is a folder. Rename it, or choose another folder for the backup.";
       break;
     case InfoFileState::kUnreadable:
-      reason = L"\" could not be read. Check that it is not open elsewhere and that you may read it.";
+      unreadable.Concat(L"\" could not be read (", SystemText(error).CStr(),
+                        L"). Check that it is not open elsewhere and that you may read it.");
+      reason = unreadable.CStr();
       break;
     case InfoFileState::kTooLarge:
       reason =

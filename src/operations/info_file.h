@@ -30,6 +30,9 @@ WString SetFolderOf(const wchar_t* infoFile);
 enum class InfoFileState { kReadable, kMissing, kFolder, kUnreadable, kTooLarge, kBinary };
 
 // Whether a file can be an info file. An empty file, any encoding and any content of lines will do; more
-// than 16 MiB or bytes that are no text won't, because nothing of such a file should be rewritten.
+// than 16 MiB or bytes that are no text won't, because nothing of such a file should be rewritten. For
+// kUnreadable the reason is in GetLastError().
 InfoFileState CheckInfoFile(const wchar_t* path);
-WString InfoFileSentence(InfoFileState state, const wchar_t* path);  // empty for kReadable
+
+// What CheckInfoFile has just found, for a person; empty for kReadable.
+WString InfoFileSentence(InfoFileState state, const wchar_t* path);

@@ -29,7 +29,6 @@ OperationContext::OperationContext()
       bytesCopied(0),
       outcome(OperationOutcome::kNotStarted),
       targetFull(false),
-      patience(kPatience),
       logFailed(false),
       administrators(nullptr),
       observer(nullptr) {}

@@ -12,6 +12,7 @@
 #include "foundation/file_object.h"
 #include "foundation/ini_document.h"
 #include "foundation/wstring_array.h"
+#include "operations/file_placement.h"
 
 class AppObject;
 struct OperationContext;
@@ -31,9 +32,6 @@ enum OperationKind : int32_t {
 enum class OperationOutcome : int32_t { kNotStarted, kStopped, kFailures, kComplete };
 
 enum : uint32_t { kCopyBufferSize = 0x200000 };
-
-// A run into a folder with thousands of files in use may not take minutes for them.
-enum : uint32_t { kPatience = 10000 };
 
 // Told on the worker's thread, between two files. Null members are passed over.
 struct OperationObserver {
@@ -73,7 +71,7 @@ struct OperationContext {
   std::atomic<int64_t> bytesCopied;   // of the whole operation
   OperationOutcome outcome;           // set by the worker as its last act
   bool targetFull;                    // the target's disk was full at least once
-  uint32_t patience;                  // milliseconds left for waiting in vain for files in use
+  Patience patience;                  // left for waiting in vain for files in use
   bool logFailed;                     // at least one line couldn't be written to the log
   WStringArray createdAccounts;       // those that a restore has made; they have no password
   // Accounts of the source that a restore may make administrators, because a person said so. Null: none.

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "foundation/wstring.h"
+#include "foundation/wstring_array.h"
 
 // INVALID_FILE_ATTRIBUTES with the reason as the last error. "D:" is the root of the drive.
 DWORD PathAttributes(const wchar_t* path);
@@ -12,6 +13,10 @@ bool IsFilePath(const wchar_t* path);
 bool IsFolderPath(const wchar_t* path);      // also through a junction or a link
 bool IsRealFolderPath(const wchar_t* path);  // and no reparse point
 bool IsMissingPath(const wchar_t* path);     // surely not there; false if that can't be found out
+
+// A path that somebody gave: absolute, with backslashes, without the long path prefix of a drive and
+// without backslashes at its end.
+WString CleanPath(const wchar_t* text);
 
 // Whether the text begins with a drive and a backslash, or with two backslashes.
 bool IsAbsolutePath(const WString& path);
@@ -30,3 +35,10 @@ bool IsNameInBars(const WString& list, const wchar_t* name);
 // Whether `inner` is `outer` or lies in it, by whole components, without regard to case and to
 // backslashes at the end. Only the texts are compared. An empty text lies nowhere and holds nothing.
 bool IsSameOrInside(const WString& inner, const WString& outer);
+
+// Whether `path` is one of the folders or lies in one.
+bool IsInOneOf(const WString& path, const WStringArray& folders);
+
+// The order of paths in which a folder is followed at once by all that lies in it; names count as they do
+// for IsSameOrInside. Both paths are without backslashes at the end.
+bool IsPathBefore(const WString& a, const WString& b);

@@ -12,7 +12,7 @@
 #include "operations/folder_rows.h"
 #include "operations/held_way.h"
 #include "operations/path_queries.h"
-#include "operations/run_overlap.h"
+#include "operations/real_path.h"
 #include "operations/target_flush.h"
 #include "operations/walk_path.h"
 
@@ -27,6 +27,24 @@ bool IsOnSameDrive(const WString& a, const WString& b) {
 const wchar_t* BehindBase(const WString& path, const WString& base) { return path.CStr() + base.Length(); }
 
 }  // namespace
+
+SourceFinding HoldSource(const RunTree& tree, HeldWay& way) {
+  if (tree.sourceBase.IsEmpty()) return SourceFinding::kFolder;
+  switch (way.Hold(tree.sourceBase.CStr(), BehindBase(tree.source, tree.sourceBase), false)) {
+    case HeldWay::Result::kHeld:
+      return SourceFinding::kFolder;
+    case HeldWay::Result::kMissing:
+      return SourceFinding::kNothing;
+    case HeldWay::Result::kLink:
+      if (tree.inner) return SourceFinding::kInnerLink;
+      // A folder that was chosen and isn't copied.
+      SetLastError(ERROR_CANT_ACCESS_FILE);
+      return SourceFinding::kFailure;
+    case HeldWay::Result::kFailed:
+      return SourceFinding::kFailure;
+  }
+  return SourceFinding::kFailure;
+}
 
 PhaseRunner::PhaseRunner(OperationContext& context)
     : context_(context), phases_(0), hasCom_(SUCCEEDED(CoInitialize(nullptr))) {
@@ -52,28 +70,22 @@ bool PhaseRunner::RunTrees(const std::vector<RunTree>& trees, const Exclusion& i
 void PhaseRunner::RunOne(const RunTree& tree) {
   HeldWay sourceWay, targetWay;
   WString target(tree.target);
-  if (!HoldSource(tree, sourceWay) || !HoldTarget(tree, targetWay, target)) return;
+  if (!EnterSource(tree, sourceWay) || !HoldTarget(tree, targetWay, target)) return;
   if (RunCopyPhase(tree.source.CStr(), target.CStr(), context_, tree.fast)) phases_++;
   NoteWritten(target);
 }
 
 // False if there is nothing to copy; what is wrong is told. A missing folder passes by without a word.
-bool PhaseRunner::HoldSource(const RunTree& tree, HeldWay& way) {
-  if (tree.sourceBase.IsEmpty()) return true;
-  switch (way.Hold(tree.sourceBase.CStr(), BehindBase(tree.source, tree.sourceBase), false)) {
-    case HeldWay::Result::kHeld:
+bool PhaseRunner::EnterSource(const RunTree& tree, HeldWay& way) {
+  switch (HoldSource(tree, way)) {
+    case SourceFinding::kFolder:
       return true;
-    case HeldWay::Result::kMissing:
+    case SourceFinding::kNothing:
       return false;
-    case HeldWay::Result::kLink:
-      if (tree.inner) {
-        CountLink();
-        return false;
-      }
-      // A folder that was chosen and isn't copied.
-      ReportFailure(context_, kCannotReadDirectory, tree.source.CStr(), ERROR_CANT_ACCESS_FILE);
+    case SourceFinding::kInnerLink:
+      CountLink();
       return false;
-    case HeldWay::Result::kFailed:
+    case SourceFinding::kFailure:
       ReportFailure(context_, kCannotReadDirectory, tree.source.CStr(), GetLastError());
       return false;
   }
@@ -107,7 +119,7 @@ HeldWay::Result PhaseRunner::FollowInside(const RunTree& tree, HeldWay& way, WSt
 
 void PhaseRunner::RunOtherFolders(const RunTree& tree, const Exclusion& isExcluded) {
   HeldWay way;
-  if (!HoldSource(tree, way)) return;
+  if (!EnterSource(tree, way)) return;
   RunTree folder(tree);
   folder.otherFolders = false;
   // Held from the profile on, so that each folder is still the directory that was listed.

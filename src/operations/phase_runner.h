@@ -12,6 +12,17 @@
 #include "operations/operation_context.h"
 #include "operations/run_tree.h"
 
+// What a run finds where the source of a tree should be.
+enum class SourceFinding {
+  kFolder,
+  kNothing,    // no such folder, which is no failure
+  kInnerLink,  // an inner tree behind a link, of which the walk of the tree before it tells
+  kFailure,    // kCannotReadDirectory of the tree's source; the reason is in GetLastError()
+};
+
+// Holds the way to the source of a tree, so that no link leads astray.
+SourceFinding HoldSource(const RunTree& tree, HeldWay& way);
+
 class PhaseRunner {
  public:
   // Whether a folder of a profile doesn't belong to "All other folders".
@@ -35,7 +46,7 @@ class PhaseRunner {
 
  private:
   void RunOtherFolders(const RunTree& tree, const Exclusion& isExcluded);
-  bool HoldSource(const RunTree& tree, HeldWay& way);
+  bool EnterSource(const RunTree& tree, HeldWay& way);
   bool HoldTarget(const RunTree& tree, HeldWay& way, WString& target);
   HeldWay::Result FollowInside(const RunTree& tree, HeldWay& way, WString& target);
   void NoteWritten(const WString& target);

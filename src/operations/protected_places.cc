@@ -8,7 +8,7 @@
 #include "foundation/directory_enumerator.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
-#include "operations/run_overlap.h"
+#include "operations/real_path.h"
 #include "users/expand_variables.h"
 
 namespace {
@@ -25,13 +25,6 @@ void AddSystemFolder(WStringArray& folders, int folder) {
   if (SUCCEEDED(SHGetFolderPathW(nullptr, folder | CSIDL_FLAG_DONT_VERIFY, nullptr, 0, path))) {
     AddFolder(folders, path);
   }
-}
-
-bool IsInAny(const WString& path, const WStringArray& folders) {
-  for (uint32_t row = 0; row < folders.count; row++) {
-    if (IsSameOrInside(path, folders[row])) return true;
-  }
-  return false;
 }
 
 }  // namespace
@@ -77,38 +70,17 @@ PlaceProtection ProtectedPlaces::ProtectionOf(const wchar_t* path) const {
   WString folder(path);
   if (folder.Length() > kDriveRootLength) folder.StripTrailingBackslashes();
   if (!IsPlainFullPath(folder.CStr())) return PlaceProtection::kNoPath;
-  const WString real = ResolveRealPath(folder.CStr());
-  return real.IsEmpty() ? PlaceProtection::kNoPath : ProtectionOfReal(BehindAdministrativeShare(real));
-}
-
-// "\\server\C$\Data" is C:\Data of a machine that may well be this one. Other paths stay.
-WString ProtectedPlaces::BehindAdministrativeShare(const WString& path) const {
-  if (path.Find(L"\\\\", true, 1, 1, 2) != 1) return path;
-  const int32_t share = path.Find(L"\\", true, 1, 3);
-  if (share == 0) return path;
-  const int32_t behind = path.Find(L"\\", true, 1, share + 1);
-  WString name;
-  name.AssignMid(path.CStr(), share + 1, (behind ? behind : path.Length() + 1) - share - 1);
-  WString local;
-  if (name.Length() == 2 && name.buffer[1] == L'$') {
-    local.Concat(name.CStr());
-    local.buffer[1] = L':';
-  } else if (name.EqualsNoCase(L"ADMIN$") && windowsFolders_.count > 0) {
-    local = windowsFolders_[0];
-  } else {
-    return path;
-  }
-  if (behind) local.Append(path.CStr() + behind - 1);
-  return local;
+  const WString real = ResolveForComparison(folder.CStr(), ShareServer::kAnyMachine);
+  return real.IsEmpty() ? PlaceProtection::kNoPath : ProtectionOfReal(real);
 }
 
 PlaceProtection ProtectedPlaces::ProtectionOfReal(const WString& path) const {
   if (IsSameOrInside(systemRoot_, path)) return PlaceProtection::kSystemRoot;
   if (IsSameOrInside(profilesFolder_, path)) return PlaceProtection::kProfilesFolder;
-  if (IsInAny(path, windowsFolders_)) return PlaceProtection::kWindowsFolder;
-  if (IsInAny(path, programFolders_)) return PlaceProtection::kProgramFolder;
-  if (IsInAny(path, targetProfiles_)) return PlaceProtection::kFree;
-  if (IsInAny(path, foreignProfiles_)) return PlaceProtection::kForeignProfile;
+  if (IsInOneOf(path, windowsFolders_)) return PlaceProtection::kWindowsFolder;
+  if (IsInOneOf(path, programFolders_)) return PlaceProtection::kProgramFolder;
+  if (IsInOneOf(path, targetProfiles_)) return PlaceProtection::kFree;
+  if (IsInOneOf(path, foreignProfiles_)) return PlaceProtection::kForeignProfile;
   return PlaceProtection::kFree;
 }
 

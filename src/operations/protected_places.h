@@ -30,7 +30,6 @@ class ProtectedPlaces {
 
  private:
   PlaceProtection ProtectionOfReal(const WString& path) const;
-  WString BehindAdministrativeShare(const WString& path) const;
   void AddProfilesOnDisk();
 
   WStringArray windowsFolders_, programFolders_, foreignProfiles_, targetProfiles_;

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "operations/document_keys.h"
+#include "operations/held_way.h"
 #include "operations/path_queries.h"
 #include "operations/restore_targets.h"
 #include "operations/set_accounts.h"
@@ -24,11 +25,16 @@ struct NameOrder {
 using NameSet = std::set<WString, NameOrder>;
 
 void ReadSetUsers(IniDocument& document, const RestoreRoot& root, const UserTable& accounts,
-                  RestoreSelection& selection) {
+                  RestoreSelection& selection, LeftOutKeys* leftOut, const StopWord* stop) {
   NameSet seen;
-  for (const SetAccount& account : ReadSetAccounts(document, root.folder.CStr())) {
+  for (const SetAccount& account : ReadSetAccounts(document, root.folder.CStr(), leftOut)) {
+    if (IsStopAsked(stop)) return;
+    if (!account.hasFolder) continue;
     // A file that names one twice still has one folder for it.
-    if (!account.hasFolder || !seen.insert(account.name).second) continue;
+    if (!seen.insert(account.name).second) {
+      if (leftOut) leftOut->repeated.Add(account.name.CStr());
+      continue;
+    }
     RestoreUserRow row;
     row.source = account.name;
     row.target = ChooseTarget(accounts, account.name.CStr(), account.fullName.CStr());
@@ -36,17 +42,28 @@ void ReadSetUsers(IniDocument& document, const RestoreRoot& root, const UserTabl
   }
 }
 
-void ReadSetFolders(IniDocument& document, const RestoreRoot& root, RestoreSelection& selection) {
-  NameSet seen;
+void ReadSetFolders(IniDocument& document, const RestoreRoot& root, RestoreSelection& selection,
+                    LeftOutKeys* leftOut, const StopWord* stop) {
+  NameSet seen;  // by the names in the set, which differ with the case of a path
   VisitKeys(document, kExtraFoldersSection, [&](const WString& path, const WString&) {
     WString name;
-    if (!seen.insert(path).second || !Md5Name(path.CStr(), name)) return;
+    if (IsStopAsked(stop) || !Md5Name(path.CStr(), name)) return;
     if (!IsFolderPath(ExtraFolderInSet(root.folder.CStr(), name.CStr()).CStr())) return;
+    if (!seen.insert(name).second) {
+      if (leftOut) leftOut->repeated.Add(path.CStr());
+      return;
+    }
     RestoreFolderRow row;
     row.source = path;
     row.target = path;
     selection.extraFolders.push_back(row);
   });
+}
+
+// No link on the way is followed. One that stands there is something: the run tells of it.
+bool IsMissing(const RestoreRoot& root, const WString& key) {
+  HeldWay way;
+  return way.Hold(root.folder.CStr(), key.CStr(), false) == HeldWay::Result::kMissing;
 }
 
 void LeaveOut(const WString& row, WStringArray* leftOut) {
@@ -84,16 +101,17 @@ void WriteExtraFolders(IniDocument& document, const RestoreRoot& root, const Res
 }  // namespace
 
 void ReadSetRows(IniDocument& document, const RestoreRoot& root, const UserTable& accounts,
-                 RestoreSelection& selection) {
+                 RestoreSelection& selection, LeftOutKeys* leftOut, const StopWord* stop) {
   selection.users.clear();
   selection.extraFolders.clear();
-  ReadSetUsers(document, root, accounts, selection);
-  ReadSetFolders(document, root, selection);
+  ReadSetUsers(document, root, accounts, selection, leftOut, stop);
+  ReadSetFolders(document, root, selection, leftOut, stop);
 }
 
-void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, RestoreSelection& selection) {
+void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, RestoreSelection& selection,
+                          LeftOutKeys* leftOut, const StopWord* stop) {
   SourceScan scan;
-  ScanSource(root.folder.CStr(), root.version, accounts, scan);
+  ScanSource(root.folder.CStr(), root.version, accounts, scan, leftOut, stop);
   selection.users.clear();
   selection.extraFolders.clear();
   for (uint32_t i = 0; i < scan.users.count; i++) {
@@ -102,17 +120,25 @@ void ReadInstallationRows(const RestoreRoot& root, const UserTable& accounts, Re
     row.target = scan.userTargets[i];
     selection.users.push_back(row);
   }
-  for (uint32_t i = 0; i < scan.extraFolders.count; i++) {
+  NameSet seen;
+  for (uint32_t i = 0; i < scan.extraFolders.count && !IsStopAsked(stop); i++) {
     RestoreFolderRow row;
     row.source = scan.extraFolders[i];
     row.target = scan.extraTargets[i];
+    const WString key = ExtraFolderKey(root, row);
+    if (!seen.insert(key).second) {
+      if (leftOut) leftOut->repeated.Add(key.CStr());
+      continue;
+    }
+    row.isMissing = IsMissing(root, key);
+    row.isTicked = !row.isMissing;
     selection.extraFolders.push_back(row);
   }
 }
 
 void AddTargetProfile(const WString& target, ProtectedPlaces& places) {
   WString account, sid, profile;
-  IsToBeCreated(target.CStr(), account);
+  if (IsToBeCreated(target.CStr(), account) && StateOfTarget(account) != TargetState::kReady) return;
   if (GetAccountSidAndProfile(account.CStr(), sid, &profile)) places.AddTargetProfile(profile.CStr());
 }
 
@@ -122,8 +148,9 @@ void AddTargetProfiles(const RestoreSelection& selection, ProtectedPlaces& place
   }
 }
 
-void UntickProtected(const ProtectedPlaces& places, RestoreSelection& selection) {
+void UntickProtected(const ProtectedPlaces& places, RestoreSelection& selection, const StopWord* stop) {
   for (RestoreFolderRow& row : selection.extraFolders) {
+    if (IsStopAsked(stop)) return;
     if (places.ProtectionOf(row.target.CStr()) != PlaceProtection::kFree) row.isTicked = false;
   }
 }
@@ -155,22 +182,23 @@ void ListRestoreRow(const RestoreRoot& root, const RestoreUserRow& row, uint32_t
                     const ProtectedPlaces& places, RestoreTrees& found) {
   WString account;
   RestoreTarget target;
-  const bool isToBeCreated = IsToBeCreated(row.target.CStr(), account);
-  if (GetAccountSidAndProfile(account.CStr(), target.sid, &target.profile)) {
-    ListRestoreTrees(root, row.source.CStr(), target, mask, places, found);
-  } else if (isToBeCreated) {
+  if (IsToBeCreated(row.target.CStr(), account) && StateOfTarget(account) != TargetState::kReady) {
     ListNewAccountTrees(root, row.source.CStr(), NewProfilePath(account.CStr()).CStr(), mask, found);
+  } else if (GetAccountSidAndProfile(account.CStr(), target.sid, &target.profile)) {
+    ListRestoreTrees(root, row.source.CStr(), target, mask, places, found);
   }
 }
 
 std::vector<RunTree> ListRestoreRun(const RestoreRoot& root, const RestoreSelection& selection,
-                                    const ProtectedPlaces& places) {
+                                    const ProtectedPlaces& places, const StopWord* stop) {
   RestoreTrees found;
   for (const RestoreUserRow& row : selection.users) {
+    if (IsStopAsked(stop)) break;
     if (row.isTicked) ListRestoreRow(root, row, selection.folderMask & kMaskAll, places, found);
   }
   for (const RestoreFolderRow& row : selection.extraFolders) {
     RunTree tree;
+    if (IsStopAsked(stop)) break;
     if (!row.isTicked) continue;
     if (ExtraFolderTree(root, ExtraFolderKey(root, row).CStr(), row.target.CStr(), tree)) {
       found.trees.push_back(tree);

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include "operations/path_queries.h"
-#include "operations/run_overlap.h"
+#include "operations/real_path.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ constexpr int32_t kUnitsThatNameADrive = 7;  // "\\?\C:\" and shorter
 }  // namespace
 
 bool IsSystemRoot(const wchar_t* root, const wchar_t* systemDrive) {
-  const WString real = ResolveRealPath(root), own = ResolveRealPath(systemDrive);
+  const WString real = ResolveForComparison(root), own = ResolveForComparison(systemDrive);
   return IsSameOrInside(real, own) && IsSameOrInside(own, real);
 }
 

@@ -1,8 +1,10 @@
 #include "operations/restore_targets.h"
 
 #include "operations/backup_set.h"
+#include "operations/plain_path.h"
 #include "operations/set_accounts.h"
 #include "users/account_facts.h"
+#include "users/account_lookup.h"
 #include "users/local_groups.h"
 
 namespace {
@@ -30,6 +32,13 @@ bool IsForbidden(wchar_t unit) {
   if (unit < L' ') return true;
   for (const wchar_t* other = kForbiddenUnits; *other; other++) {
     if (unit == *other) return true;
+  }
+  return false;
+}
+
+bool IsNamed(const WStringArray* names, const WString& name) {
+  for (uint32_t i = 0; names && i < names->count; i++) {
+    if ((*names)[i].EqualsNoCase(name)) return true;
   }
   return false;
 }
@@ -80,16 +89,26 @@ bool IsToBeCreated(const wchar_t* target, WString& account) {
 bool IsPossibleAccountName(const WString& name) {
   const int32_t length = name.Length();
   if (length < 1 || length > kLongestAccountName) return false;
-  if (name.buffer[length - 1] == L'.') return false;  // would be the folder without the dot
-  bool hasOther = false;
   for (int32_t i = 0; i < length; i++) {
     if (IsForbidden(name.buffer[i])) return false;
-    hasOther |= name.buffer[i] != L'.' && name.buffer[i] != L' ';
   }
-  return hasOther;
+  // Its profile couldn't be made otherwise, and the account would stay without one.
+  return IsPlainRelativePath(name.CStr());
 }
 
-AccountToCreate DescribeAccountToCreate(const wchar_t* value, const wchar_t* account) {
+TargetState StateOfTarget(const WString& account) {
+  AccountFacts facts;
+  WString sid, profile;
+  if (GetAccountFacts(account.CStr(), facts)) {
+    return GetAccountSidAndProfile(account.CStr(), sid, &profile) ? TargetState::kReady
+                                                                  : TargetState::kLacksProfile;
+  }
+  if (!IsPossibleAccountName(account)) return TargetState::kImpossible;
+  return IsGroupName(account.CStr()) ? TargetState::kGroup : TargetState::kNew;
+}
+
+AccountToCreate DescribeAccountToCreate(const wchar_t* value, const WString& source, const WString& account,
+                                        const WStringArray* administrators) {
   AccountToCreate wanted;
   WString text(value && value[0] ? value : L"1");
   int32_t ignored = -1;
@@ -98,6 +117,8 @@ AccountToCreate DescribeAccountToCreate(const wchar_t* value, const wchar_t* acc
   const bool hasNumber = text.buffer[0] >= L'0' && text.buffer[0] <= L'9';
   const uint32_t type = hasNumber ? text.ToUInt32() : kStandardAccount;
   wanted.type = type <= kAdministratorAccount ? type : kStandardAccount;
+  wanted.isLowered = wanted.type == kAdministratorAccount && !IsNamed(administrators, source);
+  if (wanted.isLowered) wanted.type = kStandardAccount;
   if (wanted.fullName.Length() < kShortestFullName) wanted.fullName = account;
   return wanted;
 }

@@ -30,14 +30,28 @@ WString TargetToCreate(const wchar_t* account);
 // target as it stands.
 bool IsToBeCreated(const wchar_t* target, WString& account);
 
-// Whether the system takes the text as the name of a new account: 1 to 20 units, none of those that it
-// forbids, and not only dots and blanks.
+// Whether the text can be the name of a new account and of its profile's folder: 1 to 20 units, none of
+// those that the system forbids, not only dots and blanks, and no device's name.
 bool IsPossibleAccountName(const WString& name);
 
-// The type and full name of an account to make, from the value that its original has in the section Users
-// (empty if it has none there).
+// What a target with the mark finds on this machine. Only the machine's own accounts count; one of the same
+// name in its domain is somebody else's.
+enum class TargetState {
+  kReady,         // there is such an account, with a profile, and it is taken as it is
+  kLacksProfile,  // there is one, such as from a run that was cut short, and it gets a profile
+  kNew,           // it is made
+  kGroup,         // a group has the name, so that the system makes no account of it
+  kImpossible,    // IsPossibleAccountName says no
+};
+TargetState StateOfTarget(const WString& account);
+
+// An account to make for the account `source`, from the value that this has in the section Users (empty if
+// it has none there). The file may be a stranger's, and its word alone makes nobody an administrator: that
+// takes the name in `administrators`, which may be null.
 struct AccountToCreate {
-  uint32_t type;  // AccountType
+  uint32_t type;   // AccountType
+  bool isLowered;  // the file calls it an administrator, and nobody else does
   WString fullName;
 };
-AccountToCreate DescribeAccountToCreate(const wchar_t* value, const wchar_t* account);
+AccountToCreate DescribeAccountToCreate(const wchar_t* value, const WString& source, const WString& account,
+                                        const WStringArray* administrators);

@@ -6,21 +6,22 @@
 #include <utility>
 
 #include "foundation/directory_enumerator.h"
+#include "foundation/windows_version.h"
 #include "operations/backup_set.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
-#include "operations/run_overlap.h"
+#include "operations/real_path.h"
 #include "users/user_folders.h"
 
 namespace {
 
 constexpr wchar_t kFolderLocalAppDataLow[] = L"Local AppData Low";  // a name of this file's own
-constexpr double kFirstNewFolders = 6.0;                            // Windows Vista and later
-constexpr wchar_t kOldUsersFolder[] = L"Documents and Settings";
-constexpr int32_t kLongestShownPath = 300;  // a hive can hold any text
+constexpr int32_t kLongestShownPath = 300;                          // a hive can hold any text
 constexpr wchar_t kNamedFolders[] =
     L"|AppData|LocalAppData|Desktop|Documents|Downloads|Music|Pictures|Videos|Local Settings|Application "
     L"Data|";
+
+bool HasOldLayout(const RestoreRoot& root) { return !root.isSet && root.version < kFirstNewLayout; }
 
 bool Exists(const WString& path) { return PathAttributes(path.CStr()) != INVALID_FILE_ATTRIBUTES; }
 
@@ -31,7 +32,7 @@ struct DataSources {
 DataSources FindApplicationData(const RestoreRoot& root, const WString& user) {
   const WString setRoaming = PathBelow(user, kAppDataFolder), setLocal = PathBelow(user, kLocalAppDataFolder);
   if (root.isSet) return {setRoaming, setLocal};
-  const bool isOld = root.version < kFirstNewFolders;
+  const bool isOld = HasOldLayout(root);
   DataSources found{PathBelow(user, isOld ? L"Application Data" : L"AppData\\Roaming"),
                     PathBelow(user, isOld ? L"Local Settings\\Application Data" : L"AppData\\Local")};
   // A root may hold a set instead of an installation.
@@ -165,7 +166,7 @@ WString ProtectedLine(const wchar_t* sid, const wchar_t* value, const WString& f
 }  // namespace
 
 const wchar_t* UsersFolderName(const RestoreRoot& root) {
-  return !root.isSet && root.version < kFirstNewFolders ? kOldUsersFolder : kUsersFolder;
+  return HasOldLayout(root) ? kOldUsersFolder : kUsersFolder;
 }
 
 WString UserFolderInRoot(const RestoreRoot& root, const wchar_t* name) {

@@ -16,6 +16,9 @@ struct RestoreRoot {
   double version = 0.0;  // Windows version of the other installation
 };
 
+// The folder of the accounts before Windows Vista.
+inline constexpr wchar_t kOldUsersFolder[] = L"Documents and Settings";
+
 // The folder below the root that holds the accounts' folders, as it is called there.
 const wchar_t* UsersFolderName(const RestoreRoot& root);
 

@@ -17,7 +17,7 @@
 #include "users/account_creation.h"
 #include "users/account_facts.h"
 #include "users/account_lookup.h"
-#include "users/local_groups.h"
+#include "users/user_hives.h"
 #include "users/user_table.h"
 
 namespace {
@@ -41,9 +41,9 @@ class RestoreWorker {
   bool RunExtraFolders(const wchar_t* section);
 
   bool MakeAccount(const KeyEntry& entry, const WString& account);
+  DWORD AddAccount(const KeyEntry& entry, const WString& account);
   bool HasSource(const WString& source);
-  bool MayBeAdministrator(const WString& source) const;
-  void ReportFolders(const RestoreTrees& trees, const WString& account);
+  void ReportFolders(const RestoreTrees& trees, const WString& account, const RestoreTarget& target);
   bool IsOverlapping(const std::vector<RunTree>& trees);
 
   OperationContext& context_;
@@ -51,7 +51,6 @@ class RestoreWorker {
   PhaseRunner runner_;
   ProtectedPlaces places_;
   RestoreRoot root_;
-  DWORD creationError_ = NO_ERROR;  // why the account in hand couldn't be made, where the system told
 };
 
 bool RestoreWorker::RunAll() {
@@ -75,7 +74,6 @@ bool RestoreWorker::RunUsers(uint32_t mask) {
 
 bool RestoreWorker::RunUser(const KeyEntry& entry, uint32_t mask) {
   WString account;
-  creationError_ = NO_ERROR;
   if (!IsPlainName(entry.key)) {
     ReportFailure(context_, kCannotFindProfile, entry.key.CStr(), ERROR_INVALID_NAME);
     return true;
@@ -83,15 +81,14 @@ bool RestoreWorker::RunUser(const KeyEntry& entry, uint32_t mask) {
   if (IsToBeCreated(entry.value.CStr(), account) && !MakeAccount(entry, account)) return true;
   RestoreTarget target;
   if (!GetAccountSidAndProfile(account.CStr(), target.sid, &target.profile)) {
-    const DWORD error = creationError_ != NO_ERROR ? creationError_ : DWORD{ERROR_NO_SUCH_USER};
-    ReportFailure(context_, kCannotFindProfile, account.CStr(), error);
+    ReportFailure(context_, kCannotFindProfile, account.CStr(), ERROR_NO_SUCH_USER);
     return true;
   }
   places_.AddTargetProfile(target.profile.CStr());
   if (!HasSource(entry.key)) return true;
   RestoreTrees found;
   ListRestoreTrees(root_, entry.key.CStr(), target, mask, places_, found);
-  ReportFolders(found, account);
+  ReportFolders(found, account, target);
   if (IsOverlapping(found.trees)) return true;
   return runner_.RunTrees(found.trees, IsNamedRestoreFolder);
 }
@@ -111,45 +108,50 @@ bool RestoreWorker::HasSource(const WString& source) {
   return false;
 }
 
-bool RestoreWorker::MayBeAdministrator(const WString& source) const {
-  const WStringArray* allowed = context_.administrators;
-  for (uint32_t i = 0; allowed && i < allowed->count; i++) {
-    if ((*allowed)[i].EqualsNoCase(source)) return true;
+// False if there is no account with a profile then, which has been told.
+bool RestoreWorker::MakeAccount(const KeyEntry& entry, const WString& account) {
+  ShowAccountCreation(context_, entry.key.CStr(), account.CStr());
+  DWORD error = NO_ERROR;
+  switch (StateOfTarget(account)) {
+    case TargetState::kReady:
+      return true;
+    case TargetState::kLacksProfile:
+      CreateMissingProfile(account.CStr());
+      break;
+    case TargetState::kNew:
+    case TargetState::kGroup:  // the system tells why not
+      error = AddAccount(entry, account);
+      break;
+    case TargetState::kImpossible:
+      ReportFailure(context_, kCannotCreateAccount, account.CStr(), ERROR_INVALID_ACCOUNT_NAME);
+      return false;
   }
+  if (StateOfTarget(account) == TargetState::kReady) return true;
+  ReportFailure(context_, kCannotFindProfile, account.CStr(),
+                error != NO_ERROR ? error : DWORD{ERROR_NO_SUCH_USER});
   return false;
 }
 
-// False if there can't be such an account. What else goes wrong shows when the account is looked up.
-bool RestoreWorker::MakeAccount(const KeyEntry& entry, const WString& account) {
-  ShowAccountCreation(context_, entry.key.CStr(), account.CStr());
-  WString sid, profile;
-  if (GetAccountSidAndProfile(account.CStr(), sid)) {
-    // A run that was ended before this one may have got no further. A name can be that of a group, too.
-    AccountFacts facts;
-    const bool hasProfile = GetAccountSidAndProfile(account.CStr(), sid, &profile);
-    if (!hasProfile && GetAccountFacts(account.CStr(), facts)) CreateMissingProfile(account.CStr());
-    return true;
-  }
-  if (!IsPossibleAccountName(account)) {
-    ReportFailure(context_, kCannotCreateAccount, account.CStr(), ERROR_INVALID_ACCOUNT_NAME);
-    return false;
-  }
+// Why that failed, where the system told.
+DWORD RestoreWorker::AddAccount(const KeyEntry& entry, const WString& account) {
   const WString value(document_.GetValue(kUsersSection, entry.key.CStr()));
-  AccountToCreate wanted = DescribeAccountToCreate(value.CStr(), account.CStr());
-  // The file may be a stranger's, and its word alone makes nobody an administrator.
-  if (wanted.type == kAdministratorAccount && !MayBeAdministrator(entry.key)) {
-    wanted.type = kStandardAccount;
-  }
+  const AccountToCreate wanted =
+      DescribeAccountToCreate(value.CStr(), entry.key, account, context_.administrators);
   SetLastError(NO_ERROR);
-  if (!CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr)) {
-    creationError_ = GetLastError();
-  }
-  if (GetAccountSidAndProfile(account.CStr(), sid)) context_.createdAccounts.Add(account.CStr());
-  return true;
+  const bool isMade = CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr);
+  const DWORD error = isMade ? NO_ERROR : GetLastError();
+  AccountFacts facts;
+  if (GetAccountFacts(account.CStr(), facts)) context_.createdAccounts.Add(account.CStr());
+  return error;
 }
 
 // A folder of the target account whose place nobody knows, or where a restore doesn't write.
-void RestoreWorker::ReportFolders(const RestoreTrees& trees, const WString& account) {
+void RestoreWorker::ReportFolders(const RestoreTrees& trees, const WString& account,
+                                  const RestoreTarget& target) {
+  HiveProblem problem;
+  if (trees.notFound.count != 0 && FindHiveProblem(target.sid.CStr(), target.profile.CStr(), problem)) {
+    ReportFailure(context_, kCannotLoadHive, problem.file.CStr(), static_cast<DWORD>(problem.status));
+  }
   for (uint32_t i = 0; i < trees.notFound.count; i++) {
     ReportFailure(context_, kCannotFindFolder, PathBelow(account, trees.notFound[i].CStr()).CStr(), NO_ERROR);
   }

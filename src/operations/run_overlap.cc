@@ -2,74 +2,59 @@
 
 #include <windows.h>
 
-#include "foundation/unique_handle.h"
-#include "operations/extra_folders.h"
+#include <algorithm>
+
 #include "operations/path_queries.h"
+#include "operations/real_path.h"
 
 namespace {
 
-// The path of what `handle` stands for, as the disk spells it. Empty if the system doesn't say.
-WString FinalPath(HANDLE handle) {
-  // A volume without a letter has only its other name.
-  for (DWORD form : {DWORD{VOLUME_NAME_DOS}, DWORD{VOLUME_NAME_GUID}}) {
-    DWORD room = GetFinalPathNameByHandleW(handle, nullptr, 0, form);
-    if (room == 0 && GetLastError() != ERROR_PATH_NOT_FOUND) break;
-    if (room == 0) continue;
-    WString path;
-    wchar_t* buffer = path.Reserve(static_cast<int32_t>(room), nullptr, true);
-    DWORD used = GetFinalPathNameByHandleW(handle, buffer, room + 1, form);
-    return used != 0 && used <= room ? path : WString();
+// Those of the folders that lie in no other one. They tell as much as all of them: whatever touches a
+// folder touches the one that holds it or that it holds.
+class OutermostFolders {
+ public:
+  explicit OutermostFolders(const std::vector<WString>& folders);
+
+  // Whether `path` is one of the folders, lies in one, or holds one.
+  bool Touch(const WString& path) const;
+
+ private:
+  std::vector<const WString*> rows_;  // in the order of paths
+};
+
+OutermostFolders::OutermostFolders(const std::vector<WString>& folders) {
+  std::vector<const WString*> all;
+  all.reserve(folders.size());
+  for (const WString& folder : folders) all.push_back(&folder);
+  std::sort(all.begin(), all.end(), [](const WString* a, const WString* b) { return IsPathBefore(*a, *b); });
+  for (const WString* folder : all) {
+    if (rows_.empty() || !IsSameOrInside(*folder, *rows_.back())) rows_.push_back(folder);
   }
-  return WString();
 }
 
-// Opens for no access at all, which even a file that denies its reader allows.
-UniqueFile OpenForName(const WString& path) {
-  WString name(path);
-  // Without a backslash, "C:" would be the current folder of that drive.
-  if (name.Length() == 2) name.Append(L"\\");
-  return UniqueFile(CreateFileW(name.AddLongPathPrefix().CStr(), 0,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
-
-// "\\?\C:\a" and "\\?\UNC\server\a" as the program keeps paths.
-void StripPrefix(WString& path) {
-  if (path.Find(L"\\\\?\\UNC\\", false, 1, 1, 8) == 1) {
-    path.RemoveLeft(7);
-    path.Prepend(L"\\");
-  } else if (path.Find(L"\\\\?\\", true, 1, 1, 4) == 1 && path.Length() > 5 && path.buffer[5] == L':') {
-    path.RemoveLeft(4);
-  }
-  path.StripTrailingBackslashes();
+bool OutermostFolders::Touch(const WString& path) const {
+  const auto next =
+      std::lower_bound(rows_.begin(), rows_.end(), path,
+                       [](const WString* row, const WString& p) { return IsPathBefore(*row, p); });
+  // What `path` holds follows it at once. What holds `path` can have nothing between the two.
+  return (next != rows_.end() && IsSameOrInside(**next, path)) ||
+         (next != rows_.begin() && IsSameOrInside(path, **(next - 1)));
 }
 
 }  // namespace
 
-WString ResolveRealPath(const wchar_t* path) {
-  WString whole = CleanExtraFolder(path);
-  WString existing(whole);
-  while (!existing.IsEmpty()) {
-    UniqueFile handle = OpenForName(existing);
-    WString real = handle ? FinalPath(handle.Get()) : WString();
-    if (!real.IsEmpty()) {
-      StripPrefix(real);
-      real.Append(whole.CStr() + existing.Length());
-      return real;
-    }
-    int32_t before = existing.Length();
-    existing.ParentPath();
-    if (existing.Length() == before) break;
-  }
-  return whole;
-}
-
-bool FindOverlap(const std::vector<RunTree>& trees, WString& source, WString& target) {
+bool FindOverlap(const std::vector<RunTree>& trees, WString& source, WString& target, const StopWord* stop) {
   std::vector<WString> targets;
   targets.reserve(trees.size());
-  for (const RunTree& tree : trees) targets.push_back(ResolveRealPath(tree.target.CStr()));
   for (const RunTree& tree : trees) {
-    WString real = ResolveRealPath(tree.source.CStr());
+    if (IsStopAsked(stop)) return false;
+    targets.push_back(ResolveForComparison(tree.target.CStr()));
+  }
+  const OutermostFolders outermost(targets);
+  for (const RunTree& tree : trees) {
+    if (IsStopAsked(stop)) return false;
+    const WString real = ResolveForComparison(tree.source.CStr());
+    if (!outermost.Touch(real)) continue;
     for (size_t i = 0; i < trees.size(); i++) {
       if (!IsSameOrInside(real, targets[i]) && !IsSameOrInside(targets[i], real)) continue;
       source = tree.source;
@@ -101,5 +86,14 @@ WString OverlapSentence(OperationKind kind, const wchar_t* source, const wchar_t
   WString sentence;
   sentence.Concat(L"The folder \"", source, L"\" and the place \"", target, L"\" that ", writer,
                   L" writes to are the same or lie one inside the other. ", wayOut);
+  return sentence;
+}
+
+WString SharedTargetSentence(const SharedTarget& shared) {
+  WString sentence;
+  sentence.Concat(L"The folders \"", shared.source.CStr(), L"\" and \"", shared.otherSource.CStr(),
+                  L"\" would both be moved to \"", shared.target.CStr(),
+                  L"\", where a file of the one could take the place of a file of the other and be lost. "
+                  L"Give them different places, leave one of them out, or copy instead of moving.");
   return sentence;
 }

@@ -31,6 +31,10 @@ std::set<WString, KeyOrder> ReadChosen(IniDocument& document) {
   return chosen;
 }
 
+bool HasFolder(const wchar_t* setFolder, const WString& name) {
+  return IsPlainName(name) && IsFolderPath(UserFolderInSet(setFolder, name.CStr()).CStr());
+}
+
 }  // namespace
 
 void ParseUserValue(const WString& value, int32_t& privilege, WString& displayName) {
@@ -45,20 +49,24 @@ void ParseUserValue(const WString& value, int32_t& privilege, WString& displayNa
   if (level <= 2) privilege = static_cast<int32_t>(level);
 }
 
-std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder) {
+std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder,
+                                        LeftOutKeys* leftOut) {
   std::vector<SetAccount> accounts;
   const std::set<WString, KeyOrder> chosen = ReadChosen(document);
   std::set<WString, KeyOrder> seen;
   VisitKeys(document, kUsersSection, [&](const WString& name, const WString& value) {
-    if (!seen.insert(name).second) return;  // of two keys of one name the first counts
+    if (!seen.insert(name).second) {  // of two keys of one name the first counts
+      if (leftOut && HasFolder(setFolder, name)) leftOut->repeated.Add(name.CStr());
+      return;
+    }
+    if (leftOut && !IsPlainName(name)) leftOut->notPlain.Add(name.CStr());
     SetAccount account;
     account.name = name;
     ParseUserValue(value, account.privilege, account.displayName);
     account.fullName = account.displayName;
     if (account.displayName.IsEmpty()) account.displayName = account.name;
     account.isBackedUp = chosen.count(account.name) != 0;
-    account.hasFolder =
-        IsPlainName(account.name) && IsFolderPath(UserFolderInSet(setFolder, account.name.CStr()).CStr());
+    account.hasFolder = HasFolder(setFolder, account.name);
     accounts.push_back(std::move(account));
   });
   return accounts;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/ini_document.h"
+#include "operations/left_out_keys.h"
 
 struct SetAccount {
   WString name;
@@ -17,8 +18,10 @@ struct SetAccount {
 };
 
 // In the order of the file, each once. `setFolder` is the folder of the info file. A key that leads out of
-// the set's folder of accounts has no folder.
-std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder);
+// the set's folder of accounts has no folder; it is added to `leftOut`, and so is what would be a second
+// account of one folder.
+std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder,
+                                        LeftOutKeys* leftOut = nullptr);
 
 // "level|display name". Without a bar the whole text is the display name.
 void ParseUserValue(const WString& value, int32_t& privilege, WString& displayName);

@@ -3,12 +3,12 @@
 #include <windows.h>
 
 #include "foundation/directory_enumerator.h"
-#include "foundation/windows_version.h"
 #include "operations/document_keys.h"
 #include "operations/installation_hive.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
 #include "operations/restore_targets.h"
+#include "operations/restore_trees.h"
 
 namespace {
 
@@ -36,8 +36,8 @@ double VersionFromFolders(const WString& root) {
     return IsRealFolderPath(PathBelow(root, L"ProgramData\\Microsoft\\Windows\\AppRepository").CStr()) ? 10.0
                                                                                                        : 6.2;
   }
-  if (IsRealFolderPath(PathBelow(root, L"Documents and Settings").CStr())) return 5.1;
-  if (IsRealFolderPath(PathBelow(root, L"Users").CStr())) return 6.1;
+  if (IsRealFolderPath(PathBelow(root, kOldUsersFolder).CStr())) return 5.1;
+  if (IsRealFolderPath(PathBelow(root, kUsersFolder).CStr())) return 6.1;
   return 0.0;
 }
 
@@ -48,14 +48,15 @@ bool IsNobodysFolder(const wchar_t* name) {
   return false;
 }
 
-void ScanUsers(const WString& root, double version, const UserTable& accounts, SourceScan& scan) {
-  const WString users = PathBelow(root, version >= kFirstNewLayout ? L"Users" : L"Documents and Settings");
+void ScanUsers(const WString& root, double version, const UserTable& accounts, SourceScan& scan,
+               const StopWord* stop) {
+  const WString users = PathBelow(root, UsersFolderName({root, false, version}));
   // On a newer Windows "Documents and Settings" is a junction, and it leads to the accounts of the machine
   // that runs now.
   if (!IsRealFolderPath(users.CStr())) return;
   DirectoryEnumerator folders;
-  for (bool found = folders.First(EntriesOf(users).CStr(), kSkipReparsePoints | kOnlyDirectories); found;
-       found = folders.Next()) {
+  for (bool found = folders.First(EntriesOf(users).CStr(), kSkipReparsePoints | kOnlyDirectories);
+       found && !IsStopAsked(stop); found = folders.Next()) {
     const wchar_t* name = folders.data.cFileName;
     if (IsNobodysFolder(name) || !IsPopulatedFolder(PathBelow(users, name).CStr())) continue;
     scan.users.Add(name);
@@ -65,12 +66,16 @@ void ScanUsers(const WString& root, double version, const UserTable& accounts, S
 
 // What an earlier run with this root left in its info file. A key that leads out of the root isn't
 // offered.
-void ScanExtraFolders(const WString& root, SourceScan& scan) {
+void ScanExtraFolders(const WString& root, SourceScan& scan, LeftOutKeys* leftOut, const StopWord* stop) {
   const WString file = FindScannedInfoFile(root.CStr());
   if (file.IsEmpty() || CheckInfoFile(file.CStr()) != InfoFileState::kReadable) return;
   IniDocument document(file.CStr());
   VisitKeys(document, kRestoreFromExtraFoldersSection, [&](const WString& key, const WString& target) {
-    if (!IsPlainRelativePath(key.CStr())) return;
+    if (IsStopAsked(stop)) return;
+    if (!IsPlainRelativePath(key.CStr())) {
+      if (leftOut) leftOut->notPlain.Add(key.CStr());
+      return;
+    }
     scan.extraFolders.Add(PathBelow(root, key.CStr()).CStr());
     scan.extraTargets.Add(target.CStr());
   });
@@ -101,12 +106,13 @@ bool IsUserProfileFolder(const wchar_t* folder) {
          IsFolderPath(PathBelow(profile, L"AppData\\Local\\Microsoft").CStr());
 }
 
-void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan) {
+void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan,
+                LeftOutKeys* leftOut, const StopWord* stop) {
   const WString folder = WithoutBackslash(root);
   scan.users.Clear();
   scan.userTargets.Clear();
   scan.extraFolders.Clear();
   scan.extraTargets.Clear();
-  ScanUsers(folder, version, accounts, scan);
-  ScanExtraFolders(folder, scan);
+  ScanUsers(folder, version, accounts, scan, stop);
+  ScanExtraFolders(folder, scan, leftOut, stop);
 }

@@ -6,6 +6,8 @@
 // it is followed, and a hive or an info file that makes no sense counts as none.
 #pragma once
 #include "foundation/wstring_array.h"
+#include "operations/left_out_keys.h"
+#include "operations/stop_word.h"
 #include "users/user_table.h"
 
 // Windows version of the installation under `root`, as major + minor / 10; 0.0 if nothing is recognised.
@@ -26,5 +28,7 @@ struct SourceScan {
 };
 
 // `version` is that of GetInstallationVersion; `accounts` are those of this machine. What `scan` held
-// before is gone. A root that can't be read gives empty lists.
-void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan);
+// before is gone. A root that can't be read gives empty lists. Extra folders that would lead out of the root
+// are added to `leftOut` instead. `stop` may be null.
+void ScanSource(const wchar_t* root, double version, const UserTable& accounts, SourceScan& scan,
+                LeftOutKeys* leftOut = nullptr, const StopWord* stop = nullptr);

@@ -1,5 +1,6 @@
 #include "operations/target_flush.h"
 
+#include "foundation/file_queries.h"
 #include "foundation/unique_handle.h"
 #include "operations/copy_failure.h"
 #include "operations/walk_path.h"
@@ -7,9 +8,8 @@
 namespace {
 
 // Not every file system lets a directory be flushed, and each says it in its own words.
-bool IsUnsupported(DWORD error) {
-  return error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION || error == ERROR_INVALID_HANDLE ||
-         error == ERROR_INVALID_PARAMETER || error == ERROR_NOT_SUPPORTED;
+bool CannotBeFlushed(DWORD error) {
+  return IsUnsupported(error) || error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_HANDLE;
 }
 
 }  // namespace
@@ -23,7 +23,7 @@ void FlushTarget(const wchar_t* folder, OperationContext& context) {
   if (handle && observer && observer->flushBegins) observer->flushBegins(observer->owner);
   if (!handle || FlushFileBuffers(handle.Get())) return;
   DWORD error = GetLastError();
-  if (IsUnsupported(error)) return;
+  if (CannotBeFlushed(error)) return;
   context.errors.fetch_add(1, std::memory_order_relaxed);
   ReportTargetFailure(context, kCannotWrite, folder, error);
 }

@@ -2,14 +2,20 @@
 
 #include <cstring>
 
+#include "foundation/file_queries.h"
 #include "foundation/force_delete.h"
 
 namespace {
 
 constexpr int kNames = 3;
-constexpr wchar_t kStem[] = L"~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.";
+// No other program makes such names.
+#define NORVANE_STEM L"~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}."
+constexpr wchar_t kStem[] = NORVANE_STEM;
+constexpr wchar_t kAsideStem[] = NORVANE_STEM L"old.";
+constexpr int32_t kAsideLength = sizeof(kAsideStem) / sizeof(wchar_t) - 1;
+constexpr int32_t kMostNameUnits = 255;
 
-constexpr size_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
+constexpr int32_t kStemLength = sizeof(kStem) / sizeof(wchar_t) - 1;
 
 // Makes `path`, of which `length` units are the folder, the temporary name of `index` in it. False if that
 // is too long.
@@ -22,8 +28,15 @@ bool UseName(WalkPath& path, int32_t length, int index) {
   return path.Push(name);
 }
 
+bool BeginsWith(const wchar_t* name, const wchar_t* stem, int32_t length) {
+  for (int32_t i = 0; i < length; i++) {
+    if (name[i] != stem[i]) return false;
+  }
+  return true;
+}
+
 bool IsPlainFile(const wchar_t* path) {
-  DWORD attributes = GetFileAttributesW(path);
+  DWORD attributes = FileAttributesOf(path);
   return attributes != INVALID_FILE_ATTRIBUTES &&
          !(attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT));
 }
@@ -31,10 +44,8 @@ bool IsPlainFile(const wchar_t* path) {
 }  // namespace
 
 bool IsTemporaryName(const wchar_t* name) {
-  for (size_t i = 0; i < kStemLength; i++) {
-    if (name[i] != kStem[i]) return false;
-  }
-  return name[kStemLength] >= L'1' && name[kStemLength] < L'1' + kNames && name[kStemLength + 1] == 0;
+  return BeginsWith(name, kStem, kStemLength) && name[kStemLength] >= L'1' &&
+         name[kStemLength] < L'1' + kNames && name[kStemLength + 1] == 0;
 }
 
 TemporaryName::TemporaryName(WalkPath& path)
@@ -59,24 +70,26 @@ bool TemporaryName::IsWorthRetry(DWORD error) {
   return UseName(path_, folderLength_, index_);
 }
 
-bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name) {
-  name.Assign(temporary);
-  const int32_t last = name.Length() - 1;
-  const int own = name.buffer[last] - L'1';
-  const int other = index < own ? index : index + 1;
-  if (other >= kNames) return false;
-  name.buffer[last] = static_cast<wchar_t>(L'1' + other);
-  if (IsPlainFile(name.CStr())) ForceDelete(name.CStr(), 0);
+bool NameAside(const wchar_t* file, WString& aside) {
+  const WString path(file);
+  const int32_t folder = path.LastBackslash();
+  if (path.Length() - folder + kAsideLength > kMostNameUnits) return false;
+  aside.AssignMid(file, 1, folder);
+  aside.Append(kAsideStem).Append(file + folder);
   return true;
 }
 
-void RemoveLeftovers(WalkPath& folder) {
-  const int32_t length = folder.Length();
-  for (int index = 0; index < kNames; index++) {
-    if (UseName(folder, length, index) && IsPlainFile(folder.CStr())) ForceDelete(folder.CStr(), 0);
-  }
+const wchar_t* NameOfAside(const wchar_t* name) {
+  return BeginsWith(name, kAsideStem, kAsideLength) ? name + kAsideLength : nullptr;
 }
 
-void RemoveTemporary(const wchar_t* path) {
-  if (!DeleteFileW(path) && IsPlainFile(path)) ForceDelete(path, kDeleteTakeOwnership);
+const wchar_t* LeftoverPattern() { return NORVANE_STEM L"*"; }
+
+bool RemoveTemporary(const wchar_t* path) {
+  if (DeleteFileW(path)) return true;
+  const DWORD error = GetLastError();
+  if (!IsPlainFile(path)) return true;  // it is gone, or somebody else's
+  if (ForceDelete(path, kDeleteTakeOwnership) == kDeleted) return true;
+  SetLastError(error);
+  return false;
 }

@@ -34,12 +34,17 @@ class TemporaryName {
   bool isValid_;
 };
 
-// The temporary names of the folder of `temporary` but its own: the one of `index`, counted from 0, goes
-// to `name`. A leftover of that name is removed. False where there are no more.
-bool NameOtherTemporary(const wchar_t* temporary, int index, WString& name);
+// The name for an old file in the moment in which the new one takes its place. It holds the file's own
+// name, and is none of the above: what bears it may be the last good copy of somebody's data. False if it
+// would be too long.
+bool NameAside(const wchar_t* file, WString& aside);
 
-// Removes what runs that were cut off have left in the folder of that path; the path is changed.
-void RemoveLeftovers(WalkPath& folder);
+// The name behind that of a file that has stepped aside, or null.
+const wchar_t* NameOfAside(const wchar_t* name);
 
-// Removes a file in the making that didn't come to its place.
-void RemoveTemporary(const wchar_t* path);
+// The pattern of both kinds of names.
+const wchar_t* LeftoverPattern();
+
+// Removes a file in the making that didn't come to its place. False with the reason in GetLastError() if
+// it stays.
+bool RemoveTemporary(const wchar_t* path);

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr wchar_t kProfileListKey[] = L"HKLM64\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
-
 // The path that the account database itself keeps for the profile; mostly empty.
 WString DatabaseProfile(const wchar_t* name) {
   WString profile;
@@ -40,23 +38,47 @@ bool ConventionalProfile(const wchar_t* name, WString& profile) {
   return false;
 }
 
+// What the system knows under a name.
+struct NamedSid {
+  alignas(DWORD) BYTE sid[260];
+  SID_NAME_USE use;
+
+  bool Find(const WString& name) {
+    constexpr DWORD kDomainRoom = 260;
+    wchar_t domain[kDomainRoom];
+    DWORD sidSize = sizeof sid, domainSize = kDomainRoom;
+    // An empty name would be found, too: as the domain of the built-in groups.
+    return !name.IsEmpty() &&
+           LookupAccountNameW(nullptr, name.CStr(), sid, &sidSize, domain, &domainSize, &use);
+  }
+};
+
+WString OnThisComputer(const WString& name) {
+  wchar_t computer[MAX_PATH] = {};
+  DWORD size = MAX_PATH;
+  WString full;
+  if (GetComputerNameW(computer, &size)) full.Concat(computer, L"\\", name.CStr());
+  return full;
+}
+
 }  // namespace
 
 bool AccountNameToSid(WString& name) {
-  constexpr DWORD kSidRoom = 260;
-  constexpr DWORD kDomainRoom = 260;
-  alignas(DWORD) BYTE sid[kSidRoom];
-  wchar_t domain[kDomainRoom];
-  DWORD sidSize = kSidRoom, domainSize = kDomainRoom;
-  SID_NAME_USE use;
-  // An empty name would be found, too: as the domain of the built-in groups.
+  NamedSid found;
   if (name.IsEmpty()) return false;
-  if (!LookupAccountNameW(nullptr, name.CStr(), sid, &sidSize, domain, &domainSize, &use)) return false;
+  // The bare name alone finds the accounts of a machine that keeps none of its own, as a domain's server.
+  bool isUser = found.Find(OnThisComputer(name)) && found.use == SidTypeUser;
+  if (!isUser) isUser = found.Find(name) && found.use == SidTypeUser;
   LPWSTR text = nullptr;
-  if (!ConvertSidToStringSidW(sid, &text)) return false;
+  if (!isUser || !ConvertSidToStringSidW(found.sid, &text)) return false;
   UniqueLocalMemory owner(text);
   name.Assign(text);
   return true;
+}
+
+bool IsGroupName(const wchar_t* name) {
+  NamedSid found;
+  return found.Find(WString(name)) && (found.use == SidTypeAlias || found.use == SidTypeWellKnownGroup);
 }
 
 bool GetProfilePathFromSid(const wchar_t* sid, WString* profile) {

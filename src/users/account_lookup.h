@@ -4,6 +4,10 @@
 #pragma once
 #include "foundation/wstring.h"
 
+// The system's list of profiles: a key for each account that has one, named by its SID.
+inline constexpr wchar_t kProfileListKey[] =
+    L"HKLM64\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
+
 // The SID's text form, and the profile folder where one is asked for: the account database's own path
 // if it exists on disk, then ProfileList's (which isn't tested), then <profiles folder>\<name> if that
 // exists. True if all that was asked for was found. Without a SID `profile` stays as it was; without a
@@ -18,5 +22,10 @@ bool GetProfilePathFromSid(const wchar_t* sid, WString* profile);
 // it alone. GetLastError() tells why not.
 bool CanReadProfileList();
 
-// Replaces an account's name by its SID's text form. False if the name has no SID; it stays then.
+// Replaces an account's name by its SID's text form. The machine's own account comes before one of the same
+// name elsewhere, such as in its domain. False if no account of a person has the name, which stays then; the
+// names of groups don't count.
 bool AccountNameToSid(WString& name);
+
+// Whether a group has the name, so that no account of this machine can.
+bool IsGroupName(const wchar_t* name);

@@ -97,3 +97,12 @@ HANDLE GetConsoleUser(WString& name, WString* profile, WString* sid) {
   WriteTokenFacts(token.Get(), profile, sid);
   return token.Release();
 }
+
+WString ProcessUserSid() {
+  WString sid;
+  UniqueHandle token;
+  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Receive())) {
+    WriteTokenFacts(token.Get(), nullptr, &sid);
+  }
+  return sid;
+}

@@ -10,3 +10,6 @@
 // caller closes; it has the right to be queried. Null if nobody sits there, or no process of that user
 // can be looked at; `name` may be filled then all the same.
 HANDLE GetConsoleUser(WString& name, WString* profile = nullptr, WString* sid = nullptr);
+
+// The SID of the account that this process runs as. Empty if it can't be told.
+WString ProcessUserSid();

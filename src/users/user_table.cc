@@ -4,7 +4,6 @@
 // The headers below need windows.h before them.
 #include <lm.h>
 
-#include "foundation/registry.h"
 #include "foundation/unique_handle.h"
 #include "users/account_lookup.h"
 #include "users/console_user.h"
@@ -57,13 +56,6 @@ bool FindLocalProfile(const USER_INFO_3& user, const WString& sid, WString& prof
   return true;
 }
 
-// Most hives are loaded here; what fails now is tried once more by LoadUserTable.
-void LoadMissingHive(const WString& sid, const WString& profile) {
-  UniqueKey key;
-  LSTATUS status = RegOpenKeyExW(HKEY_USERS, sid.CStr(), 0, KEY_READ, key.Receive());
-  if (status == ERROR_FILE_NOT_FOUND) LoadUserHive(sid.CStr(), profile.CStr());
-}
-
 uint32_t KeepLocalAccounts(const AccountBatch& batch, WStringArray& sids, WStringArray& profilePaths,
                            WStringArray& names) {
   uint32_t row = 0;
@@ -74,7 +66,8 @@ uint32_t KeepLocalAccounts(const AccountBatch& batch, WStringArray& sids, WStrin
     WString sid(name);
     WString profile;
     if (!AccountNameToSid(sid) || !FindLocalProfile(batch[i], sid, profile)) continue;
-    LoadMissingHive(sid, profile);
+    // Most hives are loaded here; what fails now is tried once more by LoadUserTable.
+    EnsureUserHiveLoaded(sid.CStr(), profile.CStr());
     sids[row] = sid;
     profilePaths[row] = profile;
     names[row] = name;
@@ -119,9 +112,7 @@ std::unique_ptr<UserTable> LoadUserTable() {
     FillConsoleRow(table->sids, table->profilePaths, table->userNames);
   }
   for (uint32_t row = 0; row < table->count; row++) {
-    WString key;
-    key.Concat(L"HKU\\", table->sids[row].CStr());
-    if (!KeyExists(key.CStr())) LoadUserHive(table->sids[row].CStr(), table->profilePaths[row].CStr());
+    EnsureUserHiveLoaded(table->sids[row].CStr(), table->profilePaths[row].CStr());
   }
   return table;
 }

@@ -102,7 +102,8 @@ TEST(Arguments, RestoreHasTheDefaultsOfTheScreen) {
   EXPECT_EQ(move.source + "|" + move.target, "Anna|C:\\Data");
 }
 
-// Each option is told with its default, and nothing is wider than a terminal of 100 columns.
+// Each option is told with its default, nothing is wider than a terminal of 100 columns, and an example
+// stands on one line, so that it can be pasted.
 TEST(Arguments, HelpIsComplete) {
   const std::vector<const char*> common = {"--folders LIST", "--dry-run", "--json", "--quiet",
                                            "--log FILE",     "--version", "--help", "Examples:"};
@@ -114,7 +115,9 @@ TEST(Arguments, HelpIsComplete) {
     size_t defaults;
   } cases[] = {{"backup",
                 {"--to PARENT", "--name NAME", "--user NAME", "--extra DIR", "--update", "--copy-system",
-                 "--copy-hidden", "norvanectl backup --to"},
+                 "--copy-hidden",
+                 "  norvanectl backup --to D:\\Backups --name Office --user Anna --user Bob --folders "
+                 "desktop,documents\n"},
                 11},
                {"restore", restore, 11},
                {"restore-from", restore, 14},
@@ -133,7 +136,9 @@ TEST(Arguments, HelpIsComplete) {
       EXPECT_LE(end - start, 100u) << help.substr(start, end - start);
     }
   }
-  EXPECT_THAT(Norvanectl({"--help"}).results, HasSubstr("Exit codes:"));
+  const std::string all = Norvanectl({"--help"}).results;
+  EXPECT_THAT(all, HasSubstr("Exit codes:"));
+  EXPECT_THAT(all, testing::Not(HasSubstr(" \n")));
   EXPECT_THAT(Norvanectl({"info", "--help"}).results, HasSubstr("norvanectl info D:"));
   EXPECT_THAT(Norvanectl({"--version"}).results, HasSubstr("norvanectl 3.0.2.0"));
   EXPECT_EQ(Norvanectl({"users", "--version"}).exitCode, 0);

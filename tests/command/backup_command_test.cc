@@ -1,11 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "console_run.h"
+#include "support/account_database.h"
 #include "support/account_place.h"
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -124,6 +128,45 @@ TEST(BackupCommand, TellsOfAccountsThatItLeavesOut) {
   EXPECT_FALSE(machine.place.files.Exists("backups/Other"));
 }
 
+// A person's folder that no listed account stands on looks saved when all accounts are, and isn't.
+TEST(BackupCommand, TellsOfProfilesBesideThoseOfTheAccounts) {
+  Machine machine;
+  AccountPlace& place = machine.place;
+  place.Add({.name = "Cora", .profileImagePath = machine.Path("Users/TEMP")});
+  WriteTestHive(place.files / "Users/TEMP/NTUSER.DAT", place.UsualFolders("TEMP"));
+  place.ListProfile(place.Sid("Cora") + ".bak", place.Profile("Cora"));
+  place.ListProfile(place.Sid("Anna") + ".bak", place.files.Folder("Users/TEMP.PC"));  // mended by hand
+  place.ListProfile(place.Sid("Bob") + ".bak", place.files / "Users/gone");
+  const std::string process = std::to_string(GetCurrentProcessId());
+  place.ListProfile("S-1-5-21-1-2-" + process + "-1001", place.files.Folder("Users/of a domain"));
+  place.ListProfile("S-1-12-1-2-3-" + process, place.files.Folder("Users/of the cloud"));
+  place.ListProfile("S-1-12-1-2-4-" + process, place.files / "Users/moved");
+  place.ListProfile("S-1-5-80-2-3-" + process, place.files.Folder("Users/of a service"));
+
+  const auto setAside = AllOf(HasSubstr("The account \"Cora\" stands on the temporary profile"),
+                              HasSubstr("\"" + machine.Path("Users/Cora") + "\""));
+  const auto others = AllOf(
+      HasSubstr("The profile \"" + machine.Path("Users/of a domain") + "\" belongs to no local account"),
+      HasSubstr(machine.Path("Users/of the cloud")), Not(HasSubstr("Anna")), Not(HasSubstr("Bob")),
+      Not(HasSubstr("moved")), Not(HasSubstr("of a service")));
+  for (const ConsoleRun& run : {Norvanectl({"users"}), machine.Backup({}), machine.Backup({"--dry-run"})}) {
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, AllOf(setAside, others));
+  }
+  EXPECT_THAT(machine.Backup({"--json"}).Event("note")["text"], HasSubstr("belongs to no local account"));
+  const ConsoleRun some = machine.Backup({"--user", "Anna"});
+  EXPECT_EQ(some.exitCode, 0);
+  EXPECT_EQ(some.errors, "");
+  const ConsoleRun all =
+      machine.Backup({"--extra", machine.Path("Users/Cora"), "--extra", machine.Path("Users/of a domain"),
+                      "--extra", machine.Path("Users/of the cloud")});
+  EXPECT_EQ(all.exitCode, 0) << all.errors;
+  EXPECT_THAT(all.errors, Not(HasSubstr(machine.Path("Users"))));
+  const ConsoleRun copy = Norvanectl({"copy", "Cora", machine.Path("copy")});
+  EXPECT_EQ(copy.exitCode, 4);
+  EXPECT_THAT(copy.errors, AllOf(HasSubstr("stands on the temporary profile"), HasSubstr("give the folder")));
+}
+
 TEST(BackupCommand, RefusesBadInputBeforeAnythingIsMade) {
   Machine machine;
   TestPlace& files = machine.place.files;
@@ -150,6 +193,9 @@ TEST(BackupCommand, RefusesBadInputBeforeAnythingIsMade) {
       {{"--to", "Q:\\none"}, 4, "isn't there"},
       {{"--to", machine.Path("Users/Anna/Documents")}, 4, "one inside the other"},
       {{"--to", machine.Path("Users/Anna/Documents/../DOCUMENTS/x")}, 4, "one inside the other"},
+      {{"--to", "\\\\localhost\\C$" + machine.Path("Users/Anna/Documents").substr(2)},
+       4,
+       "one inside the other"},
       {{"--extra", machine.Path("")}, 4, "one inside the other"},
       {{"--extra", machine.Path("none")}, 4, "does not exist"},
       {{"--extra", machine.Path("file.txt")}, 4, "is a file"},
@@ -223,7 +269,9 @@ TEST(UsersCommand, ListsAccounts) {
   const ConsoleRun json = Norvanectl({"users", "--json"});
   EXPECT_EQ(json.Event("account")["name"], "Anna");
   EXPECT_EQ(json.Event("account")["sid"], machine.place.Sid("Anna"));
-  EXPECT_EQ(json.Events().size(), 2u);
+  const std::vector<nlohmann::json> events = json.Events();
+  EXPECT_EQ(
+      std::count_if(events.begin(), events.end(), [](const auto& e) { return e["event"] == "account"; }), 2);
   EXPECT_FALSE(machine.place.IsHiveLoaded("Bob"));
 }
 

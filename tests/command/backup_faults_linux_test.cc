@@ -7,8 +7,11 @@
 #include <atomic>
 
 #include "console_run.h"
+#include "foundation/unique_handle.h"
+#include "interrupt.h"
 #include "machine/faults.h"
 #include "support/account_place.h"
+#include "users/user_hives.h"
 
 namespace {
 
@@ -44,6 +47,21 @@ size_t Count(const std::string& text, const std::string& part) {
   size_t count = 0;
   for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
   return count;
+}
+
+// A hive that stays loaded costs the account its profile at the next logon, unless somebody knows of it.
+TEST(BackupFaults, TellsOfAHiveThatStaysLoaded) {
+  Faulty test;
+  const std::string sid = test.place.Sid("Anna");
+  EXPECT_THAT(Norvanectl({"users"}).errors, IsEmpty());
+  ASSERT_TRUE(EnsureUserHiveLoaded(Wide(sid).CStr()));
+  UniqueKey indexer;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_USERS, Wide(sid).CStr(), 0, KEY_READ, indexer.Receive()), ERROR_SUCCESS);
+  const ConsoleRun run = Norvanectl({"users", "--json"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.errors,
+              HasSubstr("\"" + Utf8(test.place.Profile("Anna")) + "\" (HKEY_USERS\\" + sid + ")"));
+  EXPECT_EQ(Count(run.errors, "\n"), 1u);
 }
 
 // A target that takes nothing is told of at once, with the reason, and no empty folder stays there.
@@ -173,6 +191,51 @@ TEST(BackupFaults, StopsBeforeAnythingIsMade) {
   EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
   EXPECT_FALSE(test.place.IsHiveLoaded("Anna"));
   EXPECT_EQ(test.Backup({}).exitCode, 0) << "the next run isn't concerned";
+}
+
+// A stranger's file with millions of rows, some of which would be refused in the end.
+TEST(RestoreFaults, StopsWhileItPlans) {
+  Faulty test;
+  std::string rows = "[Users]\r\nAnna=1|A\r\n[ExtraFolders]\r\n";
+  for (int i = 0; i < 1000; i++) rows += "C:\\Data" + std::to_string(i) + "=1\r\n";
+  test.place.files.File("set/BackupInfo.grxsv", rows);
+  test.place.files.File("set/Users/Anna/Documents/a");
+  for (const char* at : {"*ExtraFolders*", "*set\\Users\\Anna*"}) {
+    int asked = 0;
+    machine::FaultPlan plan;
+    plan.call = "GetFileAttributesW";
+    plan.path = at;
+    plan.before = [&asked](std::string_view, std::string_view) {
+      if (++asked != 1) return;
+      kill(getpid(), SIGINT);
+      while (!InterruptGuard::IsRequested()) usleep(1000);
+    };
+    machine::SetFaults(plan);
+    const ConsoleRun run =
+        Norvanectl({"restore", Utf8(test.place.files / "set"), "--extra", "none", "--json"});
+    machine::ClearFaults();
+    EXPECT_EQ(run.exitCode, 3) << run.errors;
+    EXPECT_EQ(run.Event("end")["outcome"], "stopped");
+    EXPECT_LT(asked, 10) << "it went on with " << at;
+    EXPECT_FALSE(test.place.files.Exists("Users/Anna/Documents/a"));
+  }
+}
+
+// A link would copy a folder a second time, under another name.
+TEST(BackupCommand, TakesAFolderOnceWhateverLeadsToIt) {
+  Faulty test;
+  test.place.files.File("data/inner/x");
+  test.place.files.Link("link", "data");
+  const std::string data = Utf8(test.place.files / "data"), link = Utf8(test.place.files / "link");
+  const std::pair<std::string, std::string> cases[] = {
+      {data, link}, {link, data}, {link, link}, {data, link + "\\inner"}, {data + "\\inner", link}};
+  for (const auto& [first, second] : cases) {
+    const ConsoleRun run = test.Backup({}, {"--extra", first, "--extra", second});
+    EXPECT_EQ(run.exitCode, 4) << first << " " << second;
+    EXPECT_THAT(run.errors, HasSubstr("already marked"));
+    EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
+  }
+  EXPECT_EQ(test.Backup({}, {"--extra", link}).exitCode, 0);
 }
 
 // A log that can't be written is no reason to stop, nor to keep silent about it.

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "console_run.h"
@@ -86,6 +87,39 @@ TEST(DamagedRegistry, BackupOfTheRestCountsWhatIsMissing) {
   const ConsoleRun bob = machine.Backup({"--user", "Bob", "--folders", "documents"});
   EXPECT_THAT(bob.errors, Not(HasSubstr("ProfileList)")));
   EXPECT_EQ(machine.place.files.Read("backups/Set/Users/Bob/Documents/letter.txt"), "dear");
+}
+
+// A row of folders that can't be found says nothing to a person who doesn't know that they stand in a hive.
+TEST(DamagedRegistry, AnAccountsDamagedHiveIsNamed) {
+  for (const std::string damage : {"a folder", "cut", "empty"}) {
+    AccountPlace place;
+    place.Add({.name = "Bob"});
+    place.files.File("set/Users/Bob/Documents/x");
+    place.files.File("set/BackupInfo.grxsv", "[Users]\r\nBob=1|B\r\n");
+    place.files.Folder("backups");
+    const std::filesystem::path hive = HostPath(place.files / "Users/Bob/NTUSER.DAT");
+    if (damage == "a folder") {
+      std::filesystem::remove(hive);
+      std::filesystem::create_directory(hive);
+    } else {
+      std::filesystem::resize_file(hive, damage == "cut" ? 5000 : 0);
+    }
+    const std::string log = Utf8(place.files / "x.log"), set = Utf8(place.files / "set");
+    const std::string to = Utf8(place.files / "backups");
+    for (std::vector<std::string> words :
+         {std::vector<std::string>{"restore", set}, {"backup", "--to", to, "--name", "Set"}}) {
+      words.insert(words.end(), {"--log", log});
+      for (const bool isDry : {false, true}) {
+        if (isDry) words.push_back("--dry-run");
+        const ConsoleRun run = Norvanectl(words);
+        EXPECT_EQ(run.exitCode, 1) << damage << run.errors;
+        EXPECT_THAT(run.errors, HasSubstr("Error! Could not load user hive: " + Utf8(place.Profile("Bob")) +
+                                          "\\NTUSER.DAT ("))
+            << damage;
+        EXPECT_THAT(run.errors, HasSubstr("Music")) << "the folders are named all the same";
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 // An account of a group's name can't be made, and a profile that is found under it would be anybody's.
@@ -30,7 +31,7 @@ TEST(RestoreCommand, TakesNoGroupForAnAccount) {
   EXPECT_THAT(refused.errors, HasSubstr("an account or a group \"Administrators\" already"));
   const ConsoleRun run = Norvanectl(restore);
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, HasSubstr("Could not get profile path for user: Guests"));
+  EXPECT_THAT(run.errors, HasSubstr("The account \"Guests\" was left out, because no account of that name"));
   EXPECT_TRUE(place.files.Exists("Users/Anna/Documents/y"));
 }
 
@@ -45,6 +46,28 @@ TEST(RestoreCommand, TellsWhyAnAccountCouldNotBeMade) {
       Norvanectl({"restore", Utf8(place.files / "set"), "--log", Utf8(place.files / "norvane.log")});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.errors, HasSubstr("Could not get profile path for user: Eve (Access is denied.)"));
+}
+
+// What a link in the set shows belongs to somebody else, and a dry run that counted it would promise it.
+TEST(RestoreCommand, ADryRunLooksBehindNoLink) {
+  AccountPlace place;
+  place.Add({.name = "Anna"});
+  place.files.File("outside/secret.txt", "secret!");
+  place.files.File("set/Users/Anna/Desktop/a.txt", "a");
+  place.files.File("set/BackupInfo.grxsv", "[Users]\r\nAnna=1|A\r\n");
+  for (const char* folder : {"Music", "AppData", "Other"}) {
+    place.files.Link(std::string("set/Users/Anna/") + folder, "outside");
+  }
+  std::vector<std::string> words = {"restore", Utf8(place.files / "set"), "--log",
+                                    Utf8(place.files / "norvane.log")};
+  const ConsoleRun run = Norvanectl(words);
+  words.push_back("--dry-run");
+  const ConsoleRun dry = Norvanectl(words);
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_EQ(dry.exitCode, 1);
+  EXPECT_EQ(dry.errors, run.errors);
+  EXPECT_THAT(dry.errors, AllOf(HasSubstr("Anna\\Music ("), HasSubstr("Anna\\AppData (")));
+  EXPECT_THAT(dry.results, HasSubstr("In all 1 entry, 1 B."));
 }
 
 // A link in a disk's place for accounts, or for the info file, leads to somebody else's data.

@@ -156,19 +156,57 @@ TEST(RestoreCommand, LeavesProtectedPlacesAlone) {
   EXPECT_EQ(phase["target"], evil[0]);
 }
 
+// Names that no backup wrote, and too many of them to read.
+TEST(RestoreCommand, TellsOfKeysThatItPassesOver) {
+  Machine machine;
+  const std::string evil[] = {"..\\..\\outside", "C:\\Windows", "\\\\srv\\share", "a:b", "<create>"};
+  for (const std::string& name : evil) machine.AddAccount(name + "=2|x");
+  machine.AddAccount("x:\x81=1|x");
+  machine.AddAccount("Gone=1|x");
+  machine.AddAccount("anna=1|x");
+  const ConsoleRun run = machine.Restore({"--json", "--skip", "Eve"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  for (const std::string& name : evil) {
+    EXPECT_THAT(run.errors, HasSubstr("Note: The info file names \"" + name + "\", passed over")) << name;
+  }
+  EXPECT_THAT(run.errors, AllOf(HasSubstr("\"x:\\x81\", passed over"), Not(HasSubstr("Gone")),
+                                HasSubstr("\"anna\" more than once, and only the first entry counts")));
+  EXPECT_THAT(run.Event("note")["text"], HasSubstr("outside"));
+  EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
+  for (int i = 0; i < 30; ++i) machine.accounts += "x:" + std::to_string(i) + "=1|x\r\n";
+  machine.Save();
+  EXPECT_THAT(machine.Restore({"--dry-run"}).errors, AllOf(HasSubstr("\"x:13\""), Not(HasSubstr("\"x:14\"")),
+                                                           HasSubstr("names 16 others, passed over")));
+}
+
 // One account that can't be there must not cost the others their data, nor pass without a word.
 TEST(RestoreCommand, GoesOnWithoutAnImpossibleAccount) {
+  for (const std::string name : {"a name of more than twenty units", "CON"}) {
+    Machine machine;
+    machine.AddAccount(name + "=1|x");
+    machine.files.File("set/Users/" + name + "/Documents/x");
+    const ConsoleRun run = machine.Restore({"--json"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("\"" + name + "\" was left out"));
+    EXPECT_EQ(run.Event("end")["failures"], 1);
+    EXPECT_FALSE(HasAccount(name));
+    EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
+    EXPECT_EQ(machine.Restore({"--create", name + "=Short"}).exitCode, 0);
+    EXPECT_EQ(ReadInProfile("Short", "Documents/x"), "x");
+  }
+}
+
+// What goes into a temporary profile is gone when the account logs off.
+TEST(RestoreCommand, LeavesTemporaryProfilesAlone) {
   Machine machine;
-  const std::string name = "a name of more than twenty units";
-  machine.AddAccount(name + "=1|x");
-  machine.files.File("set/Users/" + name + "/Documents/x");
-  const ConsoleRun run = machine.Restore({"--json"});
+  machine.place.Add({.name = "Eve", .profileImagePath = Utf8(machine.files.Folder("Users/TEMP.PC"))});
+  machine.place.ListProfile(machine.place.Sid("Eve") + ".bak", machine.place.Profile("Eve"));
+  const ConsoleRun run = machine.Restore({});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, HasSubstr("\"" + name + "\" was left out"));
-  EXPECT_EQ(run.Event("end")["failures"], 1);
+  EXPECT_THAT(run.errors, AllOf(HasSubstr("\"Eve\" was left out, because"), HasSubstr("TEMP.PC\"")));
+  EXPECT_THAT(machine.files.List("Users/TEMP.PC"), IsEmpty());
   EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
-  EXPECT_EQ(machine.Restore({"--create", name + "=Short"}).exitCode, 0);
-  EXPECT_EQ(ReadInProfile("Short", "Documents/x"), "x");
+  EXPECT_EQ(machine.Restore({"--create", "Eve=Evi"}).exitCode, 0);
 }
 
 TEST(RestoreCommand, ADryRunChangesNothing) {
@@ -186,6 +224,24 @@ TEST(RestoreCommand, ADryRunChangesNothing) {
   EXPECT_FALSE(HasAccount("Eve"));
   EXPECT_EQ(machine.files.List(), before);
   EXPECT_EQ(machine.files.Read("set/BackupInfo.grxsv"), info);
+}
+
+// What stops the run from taking a folder must not look like nothing in a dry run.
+TEST(RestoreCommand, ADryRunFailsAsTheRunDoes) {
+  Machine machine;
+  machine.files.File("set/Users/Anna/Music", "a file");
+  machine.AddFolder(kFreeFolder);
+  std::string lines[2];
+  for (const bool isDry : {true, false}) {
+    std::vector<std::string> words = {"--no-extra", "--skip", "Eve", "--skip", "Bob"};
+    if (isDry) words.push_back("--dry-run");
+    const ConsoleRun run = machine.Restore(words);
+    EXPECT_EQ(run.exitCode, 1) << run.errors;
+    EXPECT_THAT(run.errors,
+                HasSubstr("Could not read source directory: " + machine.Path("set/Users/Anna/Music")));
+    lines[isDry] = run.errors;
+  }
+  EXPECT_EQ(lines[0], lines[1]);
 }
 
 // A set on a disk that can't be written is restored like any other.

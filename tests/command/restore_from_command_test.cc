@@ -84,6 +84,23 @@ TEST(RestoreFromCommand, RemembersAdditionalFolders) {
   EXPECT_EQ(phase["target"], "C:\\Tools");
 }
 
+// What an earlier run took and what is gone since then, and lines of a stranger beside it.
+TEST(RestoreFromCommand, TellsWhatIsLeftOutOfAnEarlierRun) {
+  Machine machine;
+  const std::string target = "=" + machine.Path("x") + "\r\n";
+  machine.files.File("disk/BackupInfo.nvsav", "[RTExtraFolders2]\r\nGone\\a" + target + "Gone\\b" + target +
+                                                  "..\\..\\x" + target + "a:b" + target + "NUL" + target);
+  const ConsoleRun run = machine.RestoreFrom({"--skip", "Karl"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  for (const char* name : {"..\\..\\x", "a:b", "NUL"})
+    EXPECT_THAT(run.errors, HasSubstr("names \"" + std::string(name) + "\", passed over")) << name;
+  EXPECT_THAT(run.errors, HasSubstr("2 additional folders of an earlier restore are left out"));
+  machine.files.File("disk/BackupInfo.nvsav", "[RTExtraFolders2]\r\nGone" + target);
+  const ConsoleRun named = machine.RestoreFrom({"--extra", "Gone=" + machine.Path("x")});
+  EXPECT_EQ(named.exitCode, 4) << "a person's own word for a folder that is gone";
+  EXPECT_THAT(named.errors, HasSubstr("does not exist"));
+}
+
 // A folder that a stranger's info file sends into the system.
 TEST(RestoreFromCommand, LeavesProtectedPlacesAlone) {
   Machine machine;
@@ -129,6 +146,24 @@ TEST(RestoreFromCommand, MovesOnTheSystemDrive) {
   EXPECT_THAT(away.errors, HasSubstr("leave out --move"));
 }
 
+// Two accounts of the disk in one of this machine, or two of its folders in one place: as copies they are
+// fine, but of a move one file would be nowhere.
+TEST(RestoreFromCommand, LosesNothingWhenTwoMeet) {
+  Machine machine;
+  for (const char* account : {"Anna", "Karl"}) {
+    machine.files.File(std::string("disk/Users/") + account + "/AppData/Roaming/App/cfg", account);
+  }
+  const std::vector<std::string> before = machine.files.List();
+  const ConsoleRun run = machine.RestoreFrom({"--move", "--map", "Karl=Anna"});
+  EXPECT_EQ(run.exitCode, 4);
+  EXPECT_THAT(run.errors, AllOf(HasSubstr("disk\\Users\\Anna\""), HasSubstr("disk\\Users\\Karl\""),
+                                HasSubstr("would both be moved to"), HasSubstr("copy instead of moving")));
+  EXPECT_EQ(machine.files.List(), before);
+  EXPECT_EQ(machine.RestoreFrom({"--map", "Karl=Anna"}).exitCode, 0);
+  EXPECT_EQ(machine.RestoreFrom({"--move", "--folders", "appdata,desktop,other", "--skip", "Karl"}).exitCode,
+            0);
+}
+
 // What has the info file's place and is none stays as it is, and the data comes all the same.
 TEST(RestoreFromCommand, KeepsAwayFromAForeignFile) {
   Machine machine;
@@ -153,7 +188,9 @@ TEST(RestoreFromCommand, RefusesBadInputBeforeAnythingIsMade) {
     int exitCode;
     const char* part;
   };
-  const std::string disk = machine.Path("disk");
+  machine.files.Folder("disk/Tools");
+  const std::string disk = machine.Path("disk"), both = machine.Path("both");
+  const std::string anna = machine.Path("Users/Anna/Desktop"), share = "\\\\localhost\\C$\\x";
   const char* const same = "The source and destination locations are the same.";
   const Case cases[] = {
       {"C:", {}, 4, same},
@@ -180,6 +217,17 @@ TEST(RestoreFromCommand, RefusesBadInputBeforeAnythingIsMade) {
       {disk, {"--extra", "Data=relative"}, 4, "no full path"},
       {disk, {"--extra", "Windows"}, 4, "give --extra \"Windows=TARGET\""},
       {disk, {"--extra", "Data=" + disk + "\\Data\\deeper"}, 4, "lie one inside the other"},
+      {disk, {"--move", "--map", "Karl=Anna"}, 4, "would both be moved to"},
+      {disk,
+       {"--move", "--skip", "Karl", "--extra", "Data=" + both, "--extra", "Tools=" + both},
+       4,
+       "both be moved"},
+      {disk,
+       {"--move", "--skip", "Karl", "--extra", "Data=" + both, "--extra", "Tools=" + both + "\\x"},
+       4,
+       "both be moved"},
+      {disk, {"--move", "--skip", "Karl", "--extra", "Data=" + anna}, 4, "both be moved"},
+      {disk, {"--move", "--skip", "Karl", "--extra", "Data=" + share}, 4, "can't be moved"},
   };
   const std::vector<std::string> before = machine.files.List();
   for (const Case& c : cases) {

@@ -73,6 +73,8 @@ TEST(DirectoryEnumerator, OnlyWhatStandsForAnotherPlaceIsALink) {
   EXPECT_TRUE(IsLink(kReparse | FILE_ATTRIBUTE_DIRECTORY, IO_REPARSE_TAG_MOUNT_POINT));
   EXPECT_TRUE(IsLink(kReparse, IO_REPARSE_TAG_SYMLINK));
   EXPECT_TRUE(IsLink(kReparse, 0));                                        // withheld
+  EXPECT_TRUE(IsLink(kReparse, 0x8000001b));                               // of a store application
+  EXPECT_TRUE(IsLink(kReparse, 0x80000023));                               // a socket
   EXPECT_FALSE(IsLink(kReparse, 0x80000013));                              // deduplicated
   EXPECT_FALSE(IsLink(kReparse, 0x9000001a));                              // in the cloud
   EXPECT_FALSE(IsLink(FILE_ATTRIBUTE_DIRECTORY, IO_REPARSE_TAG_SYMLINK));  // the tag's field is unused

@@ -81,8 +81,9 @@ TEST(BackupWorker, TellsOfAccountsAndFoldersThatItCannotFind) {
   run.Select(L"16", {L"Nobody", L"Bob", L"Anna"});
   EXPECT_EQ(run.Run(), 1);
   EXPECT_EQ(run.context->outcome, OperationOutcome::kFailures);
-  EXPECT_EQ(run.context->failures, 2);
+  EXPECT_EQ(run.context->failures, 3);
   EXPECT_THAT(run.told, AllOf(Contains("Error! Could not get profile path for user: Nobody"),
+                              Contains("Error! Could not load user hive: ~\\Users\\Bob\\NTUSER.DAT"),
                               Contains("Error! Could not find user folder: Bob\\Music")));
   EXPECT_THAT(run.machine.files.List("set/Users"),
               ElementsAre("Anna", "Anna/Music", "Anna/Music/song", "Bob"));

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "foundation/unique_handle.h"
+#include "machine/faults.h"
 #include "machine/machine.h"
 #include "operations/copy_engine.h"
 #include "support/copy_run.h"
@@ -93,13 +94,14 @@ TEST(CopyEngineLinks, AreFollowedAtTheRootsOfAPhase) {
   EXPECT_EQ(run.context->linksSkipped, 0);
 }
 
-// Gives a file or folder a reparse tag that stands for no other place, as deduplication does.
-void MarkDeduplicated(const WString& path) {
+// Gives a file or folder a reparse tag of its own: by itself one that stands for no other place, as
+// deduplication does.
+void MarkAsReparsePoint(const WString& path, DWORD tag = 0x80000013) {
   struct {
-    DWORD tag = 0x80000013;
+    DWORD tag;
     WORD length = 4, reserved = 0;
     char data[4] = {1, 2, 3, 4};
-  } point;
+  } point = {.tag = tag};
   UniqueFile handle(CreateFileW(path.CStr(), GENERIC_WRITE, 7, nullptr, OPEN_EXISTING,
                                 FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   DWORD size = 0;
@@ -108,14 +110,48 @@ void MarkDeduplicated(const WString& path) {
       << GetLastError();
 }
 
+// Every profile of today has a dozen aliases of store applications, which nobody can open. As failures they
+// would hide the real ones.
+TEST(CopyEngineLinks, AreWhatNamesAnApplicationOrASocket) {
+  for (bool fast : {false, true}) {
+    CopyRun run;
+    run.place.File("source/WindowsApps/plain", "bytes");
+    MarkAsReparsePoint(run.place.File("source/WindowsApps/winget.exe", ""), 0x8000001b);
+    MarkAsReparsePoint(run.place.File("source/WindowsApps/socket", ""), 0x80000023);
+    EXPECT_TRUE(run.Run(fast));
+    EXPECT_EQ(run.place.List("target"), (std::vector<std::string>{"WindowsApps", "WindowsApps/plain"}));
+    EXPECT_EQ(run.context->linksSkipped, 2);
+    EXPECT_EQ(run.context->failures, 0);
+  }
+}
+
+// FAT refuses attributes and all times together where one of the times lies before 1980. The others must not
+// be lost for it, and that one was must be told.
+TEST(CopyEngine, KeepsWhatTheDiskCanHoldOfAttributesAndTimes) {
+  CopyRun run;
+  const WString source = run.place.File("source/file", "bytes");
+  SetWriteTime(source.CStr(), kSomeTime);
+  SetAttributes(source.CStr(), FILE_ATTRIBUTE_HIDDEN);
+  machine::FaultPlan plan;
+  plan.call = "SetFileInformationByHandle";
+  plan.nth = 1;
+  plan.error = ERROR_INVALID_PARAMETER;
+  machine::SetFaults(plan);
+  run.Run();
+  machine::ClearFaults();
+  EXPECT_EQ(Facts(run.place / "target/file").written, kSomeTime);
+  EXPECT_EQ(Facts(run.place / "target/file").attributes, DWORD{FILE_ATTRIBUTE_HIDDEN});
+  EXPECT_EQ(run.context->failures, 1);
+}
+
 // On a deduplicated disk or in a cloud folder nearly every file is a reparse point; a backup without them
 // would be an empty one.
 TEST(CopyEngineLinks, AreNotWhatOtherReparsePointsAre) {
   for (bool fast : {false, true}) {
     CopyRun run;
     run.place.File("source/dir/file", "bytes");
-    MarkDeduplicated(run.place / "source/dir/file");
-    MarkDeduplicated(run.place / "source/dir");
+    MarkAsReparsePoint(run.place / "source/dir/file");
+    MarkAsReparsePoint(run.place / "source/dir");
     EXPECT_TRUE(run.Run(fast));
     EXPECT_EQ(run.place.Read("target/dir/file"), "bytes");
     EXPECT_EQ(run.context->linksSkipped, 0);
@@ -124,27 +160,46 @@ TEST(CopyEngineLinks, AreNotWhatOtherReparsePointsAre) {
   }
 }
 
-// A disk that tells names apart by their case holds two files for one place. Nobody looks into a folder that
-// was just made, and all the same neither may the second one replace the first, nor a move lose it.
+// Two names that the target takes for one: the second must not replace the first, vanish without a word,
+// or, in a move, be neither here nor there.
 TEST(CopyEngine, GivesOnePlaceToTheFirstOfTwoNamesThatDifferInCase) {
-  for (bool moves : {false, true}) {
+  const std::vector<std::string> names = {"file", "FILE", "Sub/f", "sub/f"};
+  for (int kind = 0; kind < 24; ++kind) {
+    const bool fast = kind & 1, moves = kind & 2, isThere = kind & 4;
+    constexpr uint32_t kOptions[] = {0, kCopyOnlyMissing, kCopyOnlyNewer};
     CopyRun run;
     run.place.Folder("source/dir");
-    for (const char* name : {"file", "FILE"}) {
-      std::ofstream(OnDisk(run.place / "source/dir") / name) << name;
+    const std::filesystem::path source = OnDisk(run.place / "source/dir");
+    for (const std::string& name : names) {
+      std::filesystem::create_directories((source / name).parent_path());
+      std::ofstream(source / name) << name;
     }
-    run.context->copyOptions = kCopyOnlyMissing;
+    if (isThere) run.place.File("target/dir/sub/old");
+    run.context->copyOptions = kOptions[kind / 8];
     run.context->moveFiles = moves;
-    EXPECT_TRUE(run.Run());
-    EXPECT_THAT(run.place.List("target"), SizeIs(2));  // the folder and one file
-    EXPECT_EQ(run.context->filesCopied, 1);
-    EXPECT_EQ(run.context->failures, 0);
-    const std::string first = run.place.Read("target/dir/file");
-    const bool isFirstThere = std::filesystem::exists(OnDisk(run.place / "source/dir") / first);
-    EXPECT_EQ(isFirstThere, !moves);
-    EXPECT_TRUE(
-        std::filesystem::exists(OnDisk(run.place / "source/dir") / (first == "file" ? "FILE" : "file")));
+    run.Run(fast);
+    const std::string when = "kind " + std::to_string(kind);
+    EXPECT_EQ(run.context->filesCopied, 2) << when;
+    EXPECT_EQ(run.context->failures, 2) << when << testing::PrintToString(run.Log());
+    const std::string there = run.place.Read("target/dir/file") + run.place.Read("target/dir/sub/f");
+    for (const std::string& name : names) {
+      const bool isAtTarget = there.find(name) != there.npos;
+      EXPECT_NE(std::filesystem::exists(source / name), moves && isAtTarget) << name << ", " << when;
+    }
   }
+}
+
+// A name in another case than at the target is the same file, and no clash.
+TEST(CopyEngine, ReplacesAFileOfAnotherCase) {
+  CopyRun run;
+  run.place.File("source/README.TXT", "new");
+  run.place.File("source/other~1", "new");
+  run.place.File("target/readme.txt", "old");
+  run.place.File("target/OTHER~1", "old");
+  EXPECT_TRUE(run.Run());
+  EXPECT_EQ(run.place.Read("target/readme.txt"), "new");
+  EXPECT_EQ(run.place.Read("target/other~1"), "new");
+  EXPECT_EQ(run.context->failures, 0);
 }
 
 // A folder that its reader may not list is told, and not taken for an empty one.

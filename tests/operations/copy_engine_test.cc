@@ -292,8 +292,12 @@ TEST(CopyEngine, RemovesLeftoversOfARunThatWasCutOff) {
     // The next run may have nothing to write.
     run.place.File("target/" + leftover + "2", "torn");
     run.context->copyOptions = kCopyOnlyMissing;
+    // An old file that had stepped aside when the run was ended: one of them without a new one in its place.
+    run.place.File("target/" + leftover + "old.file", "old");
+    run.place.File("target/" + leftover + "old.lone", "old");
     EXPECT_TRUE(run.Run(fast));
-    EXPECT_THAT(run.place.List("target"), ElementsAre("file"));
+    EXPECT_THAT(run.place.List("target"), ElementsAre("file", "lone"));
+    EXPECT_EQ(run.place.Read("target/file"), "new");
   }
 }
 

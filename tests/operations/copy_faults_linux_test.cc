@@ -145,6 +145,40 @@ TEST_P(CopyFaults, EveryCallMayFail) {
   }
 }
 
+// FAT, CDs and file servers don't know every call that NTFS knows, and a profile that names its reader in no
+// list answers only what asks with the backup privilege. Nothing of a copy may hang on these.
+TEST_P(CopyFaults, ACallMayBeUnknownOrDenied) {
+  const struct {
+    const char* call;
+    bool andAllLater;
+    std::vector<DWORD> errors;
+  } cases[] = {
+      {"GetFileInformationByHandleEx",
+       true,
+       {ERROR_INVALID_PARAMETER, ERROR_INVALID_FUNCTION, ERROR_NOT_SUPPORTED}},
+      {"FindFirstFileW", false, {ERROR_INVALID_PARAMETER, ERROR_INVALID_FUNCTION, ERROR_NOT_SUPPORTED}},
+      {"CreateDirectoryExW", true, {ERROR_INVALID_PARAMETER, ERROR_NOT_SUPPORTED, ERROR_EAS_NOT_SUPPORTED}},
+      {"FlushFileBuffers", true, {ERROR_INVALID_PARAMETER, ERROR_INVALID_FUNCTION, ERROR_NOT_SUPPORTED}},
+      {"GetFileAttributesW", true, {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION}},
+  };
+  for (const auto& test : cases) {
+    for (DWORD error : test.errors) {
+      SmallTree tree(GetParam());
+      FaultPlan plan;
+      plan.call = test.call;
+      plan.path = CallsOnTheTrees(tree.run.place);
+      plan.nth = 1;
+      plan.andAllLater = test.andAllLater;
+      plan.error = error;
+      machine::SetFaults(plan);
+      EXPECT_TRUE(tree.Copy()) << test.call << ", " << error;
+      machine::ClearFaults();
+      EXPECT_TRUE(tree.IsComplete()) << test.call << ", " << error;
+      EXPECT_EQ(tree.run.context->failures, 0) << test.call << ", " << error;
+    }
+  }
+}
+
 // A disk that takes no rename any more must not be answered by deleting the old copies.
 TEST_P(CopyFaults, OldCopiesStayWhenNoRenameWorks) {
   SmallTree tree(GetParam());

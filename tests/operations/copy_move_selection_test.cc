@@ -47,6 +47,11 @@ TEST(CopyMoveSelection, MovesOnOneDriveOnly) {
                {"C", "C", false}};
   for (const auto& test : cases) {
     EXPECT_EQ(CanMoveFiles(Wide(test.source).CStr(), Wide(test.target).CStr()), test.canMove) << test.target;
+    std::vector<RunTree> trees(2);
+    trees[0].source = trees[0].target = L"C:\\x";
+    trees[1].source = Wide(test.source);
+    trees[1].target = Wide(test.target);
+    EXPECT_EQ(FindUnmovable(trees), test.canMove ? nullptr : &trees[1]) << test.target;
   }
 }
 

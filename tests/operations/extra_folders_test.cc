@@ -37,7 +37,7 @@ TEST(ExtraFolders, AreCleanedToOneSpelling) {
                                                        {"\\\\s\\share\\a\\", "\\\\s\\share\\a"},
                                                        {"", ""}};
   for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(Utf8(CleanExtraFolder(Wide(text).CStr())), expected) << text;
+    EXPECT_EQ(Utf8(CleanPath(Wide(text).CStr())), expected) << text;
   }
 }
 

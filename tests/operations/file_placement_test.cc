@@ -12,8 +12,8 @@ using testing::ElementsAre;
 // Whoever lets a file be deleted, as the index and many editors do, mustn't keep its new version out.
 TEST(FilePlacement, ReplacesAFileThatItsHoldersLetGo) {
   Placing test;
-  // Whatever bears the other names is a leftover.
-  test.place.File("~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.2", "torn");
+  // An earlier run has ended after it let a file step aside.
+  test.place.File("~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.old.file", "older");
   UniqueFile holder = test.Hold(test.target, kShareAll);
   EXPECT_EQ(test.Put(), Placement::kReplaced);
   EXPECT_EQ(test.place.Read("file"), "new");
@@ -57,7 +57,7 @@ TEST(FilePlacement, LeavesTheOldFileWhereTheNewOneIsHeld) {
 // A scanner that looks at each new file must not use up what is for files that stay in use.
 TEST(FilePlacement, WaitingThatHelpsCostsNoPatience) {
   Placing test;
-  test.patience = 100;
+  test.patience = {100, 1000};
   UniqueFile holder = test.Hold(test.temporary, FILE_SHARE_READ);
   std::thread closing([&holder] {
     Sleep(10);
@@ -65,18 +65,19 @@ TEST(FilePlacement, WaitingThatHelpsCostsNoPatience) {
   });
   EXPECT_EQ(test.Put(), Placement::kReplaced);
   closing.join();
-  EXPECT_EQ(test.patience, 100u);
+  EXPECT_EQ(test.patience.forOld, 100u);
+  EXPECT_EQ(test.patience.forNew, 1000u);
 }
 
 // A hundred milliseconds for each of a hundred thousand files in use would take hours.
 TEST(FilePlacement, WaitsForFilesInUseOnlyForSomeTimeInAll) {
   Placing test;
-  test.patience = 250;
+  test.patience.forOld = 250;
   UniqueFile holder = test.Hold(test.target, FILE_SHARE_READ);
   const uint64_t before = GetTickCount64();
   for (int i = 0; i < 200; ++i) EXPECT_EQ(test.Put(), Placement::kRefused);
   EXPECT_LT(GetTickCount64() - before, 5000u);
-  EXPECT_EQ(test.patience, 50u);
+  EXPECT_EQ(test.patience.forOld, 50u);
   holder.Reset();
   EXPECT_EQ(test.Put(), Placement::kReplaced);
 }

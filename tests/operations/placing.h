@@ -14,7 +14,7 @@ struct Placing {
   TestPlace place;
   const std::string temporaryName = "~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.1";
   WString target = place.File("file", "old"), temporary = place.File(temporaryName, "new");
-  uint32_t patience = kPatience;
+  Patience patience;
   DWORD error = NO_ERROR;
 
   Placement Put(Place known = Place::kTaken) {

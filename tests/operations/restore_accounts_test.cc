@@ -100,6 +100,7 @@ TEST(RestoreAccounts, ThatCannotBeMadeAreTold) {
       {"Eve <create>", "NetUserAdd", "Error! Could not get profile path for user: Eve"},
       {"This name is far too long <create>", "",
        "Error! Could not create user account: This name is far too long"},
+      {"NUL <create>", "", "Error! Could not create user account: NUL"},
       {"..\\Anna <create>", "", "Error! Could not create user account: ..\\Anna"},
       {"Administrators <create>", "", "Error! Could not get profile path for user: Administrators"},
   };

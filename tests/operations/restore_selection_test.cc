@@ -24,6 +24,12 @@ std::vector<std::string> Users(const RestoreSelection& selection) {
   return rows;
 }
 
+std::vector<std::string> Texts(const WStringArray& array) {
+  std::vector<std::string> texts;
+  for (uint32_t i = 0; i < array.count; i++) texts.push_back(Utf8(array[i]));
+  return texts;
+}
+
 std::vector<std::string> Folders(const RestoreSelection& selection) {
   std::vector<std::string> rows;
   for (const RestoreFolderRow& row : selection.extraFolders) {
@@ -46,17 +52,42 @@ TEST(RestoreSelection, OffersWhatTheSetHolds) {
       {"Anna", "2|Anna A"}, {"Bob", "1|Bob Berg"},      {"Gone", "1|x"},      {"file", "1|x"},
       {"..", "1|x"},        {"..\\..\\outside", "1|x"}, {"Eve", "Eve Adams"}, {"Änne", "1|"}};
   for (const auto& [name, value] : users) document.SetValue(L"Users", Wide(name).CStr(), Wide(value).CStr());
-  for (const char* again : {"ANNA=2|x", "Anna=1|y", "änne=1|x", "Anna.=1|x"})
+  for (const char* again : {"ANNA=2|x", "Anna=1|y", "änne=1|x", "Anna.=1|x", "gone=1|x", "a:b=1|x", "a:b=1|x",
+                            "C:\\Windows=1|x", "\\\\srv\\share=1|x", " <create>=1|x"})
     document.lines.Add(Wide(again).CStr());
-  document.SetValue(L"ExtraFolders", L"D:\\Data", L"1");
-  document.SetValue(L"ExtraFolders", L"D:\\Gone", L"1");
-  document.lines.Add(L"D:\\Data=0");
+  for (const wchar_t* path : {L"D:\\Data", L"D:\\Gone", L"d:\\data"})
+    document.SetValue(L"ExtraFolders", path, L"1");
+  machine.files.Folder("set/ExtraFolders/" + NameInSet(L"d:\\data"));
+  for (const wchar_t* again : {L"D:\\Data=0", L"D:\\Gone=0"}) document.lines.Add(again);
   RestoreSelection selection;
   selection.users.resize(3);
-  ReadSetRows(document, {machine.files / "set", true, 0.0}, *LoadUserTable(), selection);
+  LeftOutKeys leftOut;
+  ReadSetRows(document, {machine.files / "set", true, 0.0}, *LoadUserTable(), selection, &leftOut);
   EXPECT_THAT(Users(selection),
               ElementsAre("Anna > anna", "Bob > Carl", "Eve > Eve <create>", "Änne > Änne <create>"));
-  EXPECT_THAT(Folders(selection), ElementsAre("D:\\Data > D:\\Data"));
+  EXPECT_THAT(Folders(selection), ElementsAre("D:\\Data > D:\\Data", "d:\\data > d:\\data"));
+  EXPECT_THAT(Texts(leftOut.notPlain),
+              ElementsAre("..", "..\\..\\outside", "a:b", "C:\\Windows", "\\\\srv\\share", " <create>"));
+  EXPECT_THAT(Texts(leftOut.repeated), ElementsAre("ANNA", "Anna", "änne", "D:\\Data"));
+}
+
+// A tick for what is gone says that it will be restored, and a row less says that it never was.
+TEST(RestoreSelection, OffersWhatAnEarlierRunTookFromTheRoot) {
+  AccountPlace machine;
+  machine.files.Folder("root/Data/Work");
+  machine.files.File("root/file");
+  machine.files.File("root/BackupInfo.nvsav",
+                     "[RTExtraFolders2]\r\nData\\Work=D:\\Work\r\ndata\\WORK=D:\\x\r\nData\\Gone=D:\\Gone\r\n"
+                     "file=D:\\file\r\nNUL=D:\\x\r\n..\\root=D:\\x\r\n");
+  RestoreSelection selection;
+  LeftOutKeys leftOut;
+  ReadInstallationRows({machine.files / "root", false, 10.0}, *LoadUserTable(), selection, &leftOut);
+  const std::string root = Utf8(machine.files / "root");
+  EXPECT_THAT(Folders(selection),
+              ElementsAre(root + "\\Data\\Work > D:\\Work", root + "\\Data\\Gone > D:\\Gone -",
+                          root + "\\file > D:\\file"));
+  EXPECT_THAT(Texts(leftOut.notPlain), ElementsAre("NUL", "..\\root"));
+  EXPECT_THAT(Texts(leftOut.repeated), ElementsAre("data\\WORK"));
 }
 
 // A selection of an earlier run that still counts, or one that the worker can't find.

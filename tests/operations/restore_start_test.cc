@@ -9,10 +9,12 @@ namespace {
 
 // Another spelling of the system's drive would copy the machine's accounts onto themselves.
 TEST(RestoreStart, KnowsTheSystemsOwnRoot) {
-  for (const wchar_t* root : {L"C:", L"c:\\", L"C:/", L"C:\\Windows\\..", L"\\\\?\\C:\\", L"C:\\\\"})
+  for (const wchar_t* root : {L"C:", L"c:\\", L"C:/", L"C:\\Windows\\..", L"\\\\?\\C:\\", L"C:\\\\",
+                              L"\\\\localhost\\C$", L"\\\\127.0.0.1\\c$\\Windows\\.."})
     EXPECT_TRUE(IsSystemRoot(root, L"C:")) << Utf8(root);
   TestPlace place;
-  for (const WString& root : {WString(L"C:\\Windows"), place.Path(), WString(L"D:"), WString(L"")})
+  for (const WString& root :
+       {WString(L"C:\\Windows"), place.Path(), WString(L"D:"), WString(L""), WString(L"\\\\other\\C$")})
     EXPECT_FALSE(IsSystemRoot(root.CStr(), L"C:")) << Utf8(root);
   EXPECT_TRUE(IsFolderPath(L"C:")) << "a drive without its backslash is its root, too";
 }

@@ -99,13 +99,21 @@ TEST(RestoreTargets, AreNamesThatTheSystemTakes) {
                {"a\tb", false},
                {"me@pc", false},
                {"a*", false},
+               {"CON", false},
+               {"nul.txt", false},
+               {"Com1", false},
+               {"Conny", true},
+               {"Anna ", false},
                {"Anna <create", false}};
   for (const auto& test : cases)
     EXPECT_EQ(IsPossibleAccountName(Wide(test.name)), test.isPossible) << test.name;
 }
 
-// A type beyond the three, a name of one letter, or no word of the account at all.
+// A type beyond the three, a name of one letter, no word of the account at all, or an administrator on the
+// word of the file.
 TEST(RestoreTargets, DescribeTheAccountToMake) {
+  WStringArray administrators;
+  administrators.Add(L"EVA");
   struct {
     const char* value;
     uint32_t type;
@@ -122,11 +130,18 @@ TEST(RestoreTargets, DescribeTheAccountToMake) {
                {"x|Eve A", 1, "Eve A"},
                {"2x|Eve A", 2, "Eve A"}};
   for (const auto& test : cases) {
-    const AccountToCreate wanted = DescribeAccountToCreate(Wide(test.value).CStr(), L"eve");
+    const AccountToCreate wanted =
+        DescribeAccountToCreate(Wide(test.value).CStr(), L"Eva", L"eve", &administrators);
     EXPECT_EQ(wanted.type, test.type) << test.value;
+    EXPECT_FALSE(wanted.isLowered);
+    const AccountToCreate lowered =
+        DescribeAccountToCreate(Wide(test.value).CStr(), L"Bob", L"Eva", &administrators);
+    EXPECT_EQ(lowered.type, test.type == 2 ? 1 : test.type) << test.value;
+    EXPECT_EQ(lowered.isLowered, test.type == 2) << test.value;
     EXPECT_EQ(Utf8(wanted.fullName), test.fullName) << test.value;
   }
-  EXPECT_EQ(DescribeAccountToCreate(nullptr, L"eve").type, 1u);
+  EXPECT_EQ(DescribeAccountToCreate(nullptr, L"Eva", L"eve", nullptr).type, 1u);
+  EXPECT_TRUE(DescribeAccountToCreate(L"2|E", L"Eva", L"eve", nullptr).isLowered);
 }
 
 }  // namespace

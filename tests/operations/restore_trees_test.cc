@@ -83,8 +83,9 @@ TEST_F(RestoreTreesTest, OfAnInstallationFollowItsLayout) {
     const char* local;
   } cases[] = {
       {5.1, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
-      {5.9, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
+      {5.8, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
       {0.0, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
+      {5.9, {}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
       {6.0, {}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
       {10.0, {"AppData"}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
       // A set that lies in the root: only what the installation's layout lacks comes from there.

@@ -156,11 +156,12 @@ TEST(RestoreWorker, TellsOfEntriesThatLeadNowhere) {
   EXPECT_EQ(run.context->outcome, OperationOutcome::kFailures);
   EXPECT_THAT(run.told, AllOf(Contains("Error! Could not get profile path for user: ..\\..\\outside"),
                               Contains("Error! Could not get profile path for user: Nobody"),
+                              Contains("Error! Could not load user hive: ~\\Users\\Nohive\\NTUSER.DAT"),
                               Contains("Error! Could not find user folder: Nohive\\My Music"),
                               Contains("Error! Could not create user account: a\\b"),
                               Contains("Error! Could not read source directory: .."),
                               Contains("Error! Could not read source directory: ABC")));
-  EXPECT_EQ(run.context->failures, 6) << testing::PrintToString(run.told);
+  EXPECT_EQ(run.context->failures, 7) << testing::PrintToString(run.told);
   EXPECT_FALSE(run.files.Exists("back"));
   EXPECT_THAT(run.files.List("Users/Bob/Music"), ElementsAre("song"));
 }

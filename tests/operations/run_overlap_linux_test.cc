@@ -1,6 +1,7 @@
 // Links, which Wine can't make.
 #include <gtest/gtest.h>
 
+#include "operations/real_path.h"
 #include "operations/run_overlap.h"
 #include "support/test_place.h"
 
@@ -32,6 +33,15 @@ TEST(RunOverlap, SeesThroughLinks) {
     tree.target = place / test.target;
     EXPECT_EQ(FindOverlap({tree}, source, target), test.overlap) << test.source << " > " << test.target;
   }
+  place.Folder("Other");
+  RunTree other(tree);
+  tree.target = place / "Nested/x";
+  other.source = place / "Other";
+  other.target = place / "Real/Documents/x";
+  tree.source = place / "Set";
+  SharedTarget shared;
+  EXPECT_TRUE(FindSharedTarget(
+      {tree, other}, [](const wchar_t*) { return false; }, shared));
   EXPECT_EQ(Utf8(ResolveRealPath((place / "Nested/a/b").CStr())), Utf8(place / "Real/Documents/a/b"));
 }
 

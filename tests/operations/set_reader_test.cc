@@ -126,6 +126,15 @@ TEST_F(SetReaderTest, FindsTheDataOfEarlierBackups) {
   ASSERT_EQ(set.extraFolders.size(), 1u);
   EXPECT_FALSE(set.extraFolders[0].isOfLastBackup);
   EXPECT_THAT(set.extraFolders[0].files, ElementsAre(Pair("one.txt", "1")));
+
+  // An editor has left the info file without a mark: the program and the page mean the same letters.
+  const WString infoFile = place.files / "B/X/BackupInfo.grxsv";
+  WriteBytes(infoFile.CStr(), "[Users]\nZo\xeb=1|\x80 \xdf\n");
+  const set_reader::ReadSet edited = Read();
+  ASSERT_EQ(edited.accounts.size(), 1u);
+  EXPECT_EQ(edited.accounts[0].name + "=" + edited.accounts[0].displayName, "Zoë=€ ß");
+  IniDocument document(infoFile.CStr());
+  EXPECT_EQ(Utf8(document.GetValue(L"Users", L"Zo\u00eb")), "1|€ ß");
 }
 
 // The reader's own digest, against the examples of the page.

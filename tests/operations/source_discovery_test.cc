@@ -195,8 +195,11 @@ TEST(SourceDiscovery, OffersExtraFoldersBelowTheRootOnly) {
       "root/b.grxsv",
       "[RTExtraFolders]\r\nOther=x\r\n[RTextrafolders2]\r\nData\\Work=D:\\Work\r\n..\\up=x\r\n"
       "C:\\Windows=x\r\n\\\\server\\share=x\r\na:b=x\r\nCON=x\r\na\\..\\b=x\r\nNew=\r\n[End]\r\nz=x\r\n");
-  ScanSource(root.CStr(), 6.1, UserTable(), scan);
+  LeftOutKeys leftOut;
+  ScanSource(root.CStr(), 6.1, UserTable(), scan, &leftOut);
   EXPECT_THAT(Texts(scan.extraFolders), ElementsAre(Utf8(root) + "\\Data\\Work", Utf8(root) + "\\New"));
+  EXPECT_THAT(Texts(leftOut.notPlain),
+              ElementsAre("..\\up", "C:\\Windows", "\\\\server\\share", "a:b", "CON", "a\\..\\b"));
   EXPECT_THAT(Texts(scan.extraTargets), ElementsAre("D:\\Work", ""));
 }
 

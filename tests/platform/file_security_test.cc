@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <shlwapi.h>
+
 #include "foundation/unique_handle.h"
 #include "machine/security_store.h"
 #include "machine/token.h"
@@ -120,6 +122,31 @@ TEST_F(FileSecurity, BackupAndRestorePassTheList) {
   EXPECT_TRUE(UniqueFind(FindFirstFileW((folder + L"\\*").CStr(), &data)));
   SetPrivilege(L"SeRestorePrivilege", true);
   EXPECT_EQ(OpenError(path, GENERIC_WRITE, kBackup), 0u);
+}
+
+// The attributes are asked for by a call that takes no privilege, and shown to who may list the folder.
+TEST_F(FileSecurity, AttributesAreToldByTheFileOrItsFolder) {
+  const WString path = place.File("f/a.txt"), folder = place / "f";
+  WIN32_FILE_ATTRIBUTE_DATA all;
+  WIN32_FIND_DATAW data;
+  const auto isTold = [&] {
+    const bool isIt = Attributes(path.CStr()) != INVALID_FILE_ATTRIBUTES;
+    EXPECT_EQ(isIt, GetFileAttributesExW(path.CStr(), GetFileExInfoStandard, &all) != 0);
+    EXPECT_EQ(isIt, PathFileExistsW(path.CStr()) != 0);
+    return isIt;
+  };
+  Store(path, {kDenyAll});
+  EXPECT_TRUE(isTold());
+  Store(folder, {{false, 0, FILE_LIST_DIRECTORY, WinWorldSid}, kAllowAll});
+  Store(path, {{true, 0, FILE_READ_ATTRIBUTES, WinWorldSid}});
+  EXPECT_TRUE(isTold());
+  Store(path, {kDenyAll});
+  EXPECT_FALSE(isTold());
+  EXPECT_FALSE(UniqueFind(FindFirstFileW(path.CStr(), &data)));
+  SetPrivilege(L"SeBackupPrivilege", true);
+  EXPECT_FALSE(isTold());
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
+  EXPECT_TRUE(UniqueFind(FindFirstFileW(path.CStr(), &data)));
 }
 
 TEST_F(FileSecurity, DeletingGoesByTheFileOrItsFolder) {

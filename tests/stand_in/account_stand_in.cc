@@ -16,13 +16,34 @@ Accounts& TheAccounts() {
   return accounts;
 }
 
-Account* FindAccount(const wchar_t* name) {
-  const WString wanted(name);
-  for (Account& account : TheAccounts().list) {
-    if (Wide(account.name).EqualsNoCase(wanted)) return &account;
+namespace {
+
+Account* FindIn(std::vector<Account>& list, const WString& name) {
+  for (Account& account : list) {
+    if (Wide(account.name).EqualsNoCase(name)) return &account;
   }
   return nullptr;
 }
+
+// NAME or COMPUTER\NAME.
+const Account* FindByAnyName(const wchar_t* text) {
+  WString name(text);
+  const int32_t backslash = name.LastBackslash();
+  if (backslash == 0) {
+    const Account* own = FindAccount(text);
+    return own ? own : FindIn(TheAccounts().ofDomain, name);
+  }
+  wchar_t computer[MAX_PATH];
+  DWORD size = MAX_PATH;
+  WString domain(name);
+  domain.Truncate(backslash - 1);
+  if (!GetComputerNameW(computer, &size) || !domain.EqualsNoCase(computer)) return nullptr;
+  return FindAccount(text + backslash);
+}
+
+}  // namespace
+
+Account* FindAccount(const wchar_t* name) { return FindIn(TheAccounts().list, WString(name)); }
 
 namespace {
 
@@ -70,7 +91,7 @@ BOOL WINAPI LookUpName(LPCWSTR system, LPCWSTR name, PSID sid, LPDWORD sidSize, 
     return System<decltype(&LookupAccountNameW)>(L"advapi32", "LookupAccountNameW")(
         system, name, sid, sidSize, domain, domainSize, use);
   }
-  const Account* account = FindAccount(name);
+  const Account* account = FindByAnyName(name);
   if (!account || account->sid.empty()) {
     SetLastError(ERROR_NONE_MAPPED);
     return FALSE;

@@ -17,18 +17,19 @@ namespace stand_in {
 struct Account {
   std::string name;  // all texts are UTF-8
   std::string sid;   // text form; empty: the name can't be looked up
-  std::string fullName;
-  std::string profile;  // of the account database
+  std::string fullName = {};
+  std::string profile = {};  // of the account database
   uint32_t privilege = 1;
-  std::string password;
+  std::string password = {};
   bool hasMadeProfile = false;  // by a call here
-  std::vector<std::string> groups;
+  std::vector<std::string> groups = {};
 };
 
 // What the calls answer.
 struct Accounts {
   bool isActive = false;
   std::vector<Account> list;
+  std::vector<Account> ofDomain;  // known by their names alone, as to a machine that belongs to a domain
   std::string consoleUser;        // whose session is at the console; empty: nobody's
   DWORD enumerationResult = 0;    // of NetUserEnum; ERROR_MORE_DATA gives the accounts again and again
   uint32_t enumerationTotal = 0;  // what NetUserEnum gives as the total; 0: as many as there are

@@ -79,6 +79,10 @@ void AccountPlace::AddToProfileList(const TestAccount& account, const std::strin
   if (status != ERROR_SUCCESS) ADD_FAILURE() << "no ProfileList key for " << account.name << ": " << status;
 }
 
+void AccountPlace::ListProfile(const std::string& key, const WString& folder) {
+  AddToProfileList({.name = key, .profileImagePath = Utf8(folder)}, key);
+}
+
 WString AccountPlace::Profile(const std::string& name) const { return files / ("Users/" + name); }
 
 std::string AccountPlace::Sid(const std::string& name) const {

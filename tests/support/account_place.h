@@ -65,6 +65,9 @@ class AccountPlace {
   // that the system gives this process, where it gives any.
   void AddConsoleUser(const TestAccount& account);
 
+  // Puts a profile into ProfileList under a key of this name, which is a SID, or one with ".bak" behind it.
+  void ListProfile(const std::string& key, const WString& folder);
+
   WString Profile(const std::string& name) const;  // of an account that was added here
   KnownAccount Known(const std::string& name) const;
   std::string Sid(const std::string& name) const;

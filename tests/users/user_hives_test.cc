@@ -59,4 +59,24 @@ TEST(UserHives, NeedASidAndAProfile) {
   EXPECT_FALSE(EnsureUserHiveLoaded(Wide(place.Sid("NoProfile")).CStr()));
 }
 
+// An empty file would be made into a hive, and then nobody would know why the folders are missing.
+TEST(UserHives, TellWhyTheyAreNotThere) {
+  AccountPlace place;
+  place.Add({.name = "Anna"});
+  place.Add({.name = "NoHive", .hasHive = false});
+  place.Add({.name = "Empty", .hasHive = false});
+  place.files.File("Users/Empty/NTUSER.DAT", "");
+  const std::pair<const char*, LSTATUS> cases[] = {{"NoHive", ERROR_FILE_NOT_FOUND}, {"Empty", ERROR_BADDB}};
+  for (const auto& [name, status] : cases) {
+    HiveProblem problem;
+    const WString profile = place.Profile(name);
+    ASSERT_TRUE(FindHiveProblem(Wide(place.Sid(name)).CStr(), profile.CStr(), problem)) << name;
+    EXPECT_EQ(problem.status, status) << name;
+    EXPECT_EQ(problem.file, profile + L"\\NTUSER.DAT");
+    EXPECT_FALSE(place.IsHiveLoaded(name));
+  }
+  HiveProblem none;
+  EXPECT_FALSE(FindHiveProblem(Wide(place.Sid("Anna")).CStr(), place.Profile("Anna").CStr(), none));
+}
+
 }  // namespace

@@ -53,23 +53,28 @@ TEST(UserTable, ExpandsVariablesAndDropsTrailingBackslashes) {
 }
 
 // Would catch an account whose folders can't be found for want of its hive, a hive that stays loaded
-// when the program has ended, and one that is pulled from under a logged-on account.
+// when the program has ended, also for a run before this one that was killed, and one that is pulled from
+// under a logged-on account.
 TEST(UserTable, LoadsMissingHivesAndUnloadsOnlyThese) {
   AccountPlace place;
   place.Add({.name = "Anna"});
   place.Add({.name = "Bob", .isLoggedOn = true});
   place.Add({.name = "Eve", .hasHive = false});
+  place.Add({.name = "Cora"});
+  const WString hive = place.Profile("Cora") + L"\\NTUSER.DAT";
+  ASSERT_EQ(RegLoadKeyW(HKEY_USERS, Wide(place.Sid("Cora")).CStr(), hive.CStr()), ERROR_SUCCESS);
   ASSERT_FALSE(place.IsHiveLoaded("Anna"));
   ASSERT_TRUE(place.IsHiveLoaded("Bob"));
 
   auto table = LoadUserTable();
-  EXPECT_EQ(table->count, 3u) << "an account without a hive stays in the table";
+  EXPECT_EQ(table->count, 4u) << "an account without a hive stays in the table";
   EXPECT_TRUE(place.IsHiveLoaded("Anna"));
   EXPECT_FALSE(place.IsHiveLoaded("Eve"));
   EXPECT_FALSE(place.files.Exists("Users/Eve/NTUSER.DAT")) << "a hive was made in a profile without one";
 
-  UnloadOwnHives();
+  EXPECT_TRUE(UnloadOwnHives().empty());
   EXPECT_FALSE(place.IsHiveLoaded("Anna"));
+  EXPECT_FALSE(place.IsHiveLoaded("Cora"));
   EXPECT_TRUE(place.IsHiveLoaded("Bob"));
 }
 
@@ -85,6 +90,7 @@ TEST(UserTable, FallsBackToTheConsoleUser) {
   EXPECT_EQ(Utf8(table->userNames[0]), "Anna");
   EXPECT_EQ(Utf8(table->sids[0]), place.Sid("Anna"));
   EXPECT_FALSE(table->profilePaths[0].IsEmpty());
+  EXPECT_TRUE(UnloadOwnHives().empty()) << "the hive of who is logged on isn't this program's";
 }
 
 TEST(UserTable, HasOneEmptyRowWhenNobodyIsFound) {

@@ -5,6 +5,7 @@
 #include "stand_in/account_stand_in.h"
 #include "support/account_place.h"
 #include "users/account_facts.h"
+#include "users/account_lookup.h"
 #include "users/user_table.h"
 
 namespace {
@@ -41,6 +42,18 @@ TEST(UserTable, PassesOverEntriesWithoutAName) {
   WStringArray sids, paths, names;
   EXPECT_EQ(EnumerateLocalUsers(sids, paths, names), 1u);
   EXPECT_EQ(Utf8(names[0]), "Anna");
+}
+
+// Would catch one person's data in the hands of another one who has the same name in the domain.
+TEST(AccountLookup, TakesTheMachinesOwnAccountFirst) {
+  AccountPlace place;
+  place.Add({.name = "Anna"});
+  stand_in::TheAccounts().ofDomain = {{.name = "Anna", .sid = "S-1-5-21-1-2-3-1001"},
+                                      {.name = "Cora", .sid = "S-1-5-21-1-2-3-1002"}};
+  WString anna(L"Anna"), cora(L"Cora");
+  EXPECT_TRUE(AccountNameToSid(anna) && AccountNameToSid(cora));
+  EXPECT_EQ(Utf8(anna), place.Sid("Anna"));
+  EXPECT_EQ(Utf8(cora), "S-1-5-21-1-2-3-1002");
 }
 
 // Would catch a level of 4294967295 in an info file.

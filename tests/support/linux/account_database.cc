@@ -8,6 +8,7 @@
 #include <set>
 
 #include "foundation/privileges.h"
+#include "foundation/unique_handle.h"
 #include "machine/create_machine.h"
 #include "machine/hive.h"
 #include "machine/machine.h"
@@ -30,6 +31,13 @@ std::set<std::string>& SystemHives() {
 void Use(const machine::Machine& next) {
   machine::UseMachine(next);
   delete[] EnableProcessPrivileges();
+}
+
+// What a logon makes below the hive, and other loads of it don't.
+LSTATUS MakeEnvironment(const std::string& sid) {
+  UniqueKey key;
+  return RegCreateKeyExW(HKEY_USERS, (Wide(sid) + L"\\Volatile Environment").CStr(), 0, nullptr, 0, KEY_WRITE,
+                         nullptr, key.Receive(), nullptr);
 }
 
 }  // namespace
@@ -111,7 +119,8 @@ void WriteTestHive(const WString& file, const std::vector<TestValue>& values) {
 }
 
 void LoadHiveAsSystem(const std::string& sid, const WString& file) {
-  const LSTATUS error = RegLoadKeyW(HKEY_USERS, Wide(sid).CStr(), file.CStr());
+  LSTATUS error = RegLoadKeyW(HKEY_USERS, Wide(sid).CStr(), file.CStr());
+  if (error == ERROR_SUCCESS) error = MakeEnvironment(sid);
   if (error != ERROR_SUCCESS) ADD_FAILURE() << "no hive of " << sid << ": " << error;
   SystemHives().insert(sid);
 }

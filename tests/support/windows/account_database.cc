@@ -6,6 +6,17 @@
 #include "foundation/unique_handle.h"
 #include "stand_in/account_stand_in.h"
 
+namespace {
+
+// What a logon makes below the hive, and other loads of it don't.
+LSTATUS MakeEnvironment(const std::string& sid) {
+  UniqueKey key;
+  return RegCreateKeyExW(HKEY_USERS, (Wide(sid) + L"\\Volatile Environment").CStr(), 0, nullptr,
+                         REG_OPTION_VOLATILE, KEY_WRITE, nullptr, key.Receive(), nullptr);
+}
+
+}  // namespace
+
 void BeginTestAccounts(TestSystem system) {
   stand_in::TheAccounts() = stand_in::Accounts();
   stand_in::TheAccounts().hasCreateProfile = system == TestSystem::kNew;
@@ -62,6 +73,7 @@ void WriteTestHive(const WString& file, const std::vector<TestValue>& values) {
 
 void LoadHiveAsSystem(const std::string& sid, const WString& file) {
   LSTATUS status = stand_in::LoadAsSystem(Wide(sid).CStr(), file.CStr());
+  if (status == ERROR_SUCCESS) status = MakeEnvironment(sid);
   if (status != ERROR_SUCCESS) ADD_FAILURE() << "no hive of " << sid << ": " << status;
 }
 
