@@ -9,6 +9,7 @@
 #include "operations/copy_move_trees.h"
 #include "operations/path_queries.h"
 #include "operations/run_overlap.h"
+#include "operations/shared_target.h"
 #include "operations/source_discovery.h"
 #include "profile_list.h"
 #include "same_name.h"

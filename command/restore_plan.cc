@@ -7,6 +7,7 @@
 #include "operations/path_queries.h"
 #include "operations/restore_start.h"
 #include "operations/run_overlap.h"
+#include "operations/shared_target.h"
 #include "operations/source_discovery.h"
 #include "restore_accounts.h"
 #include "restore_folders.h"

@@ -3,6 +3,7 @@
 #include "foundation/directory_enumerator.h"
 #include "foundation/force_delete.h"
 #include "operations/copy_failure.h"
+#include "operations/file_placement.h"
 #include "operations/temporary_file.h"
 
 namespace {
@@ -16,10 +17,9 @@ void RemoveInTheMaking(const wchar_t* path, OperationContext& context, bool isOw
 void BringBack(const wchar_t* aside, const wchar_t* place, OperationContext& context, bool isOwn) {
   if (MoveFileExW(aside, place, 0)) return;
   const DWORD error = GetLastError();
-  const bool isTaken = error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS;
   if (isOwn) {
     ReportTargetFailure(context, kCannotMove, aside, error);
-  } else if (isTaken) {
+  } else if (SaysThatPlaceIsTaken(error)) {
     ForceDelete(aside, kDeleteTakeOwnership);
   }
 }

@@ -88,12 +88,3 @@ WString OverlapSentence(OperationKind kind, const wchar_t* source, const wchar_t
                   L" writes to are the same or lie one inside the other. ", wayOut);
   return sentence;
 }
-
-WString SharedTargetSentence(const SharedTarget& shared) {
-  WString sentence;
-  sentence.Concat(L"The folders \"", shared.source.CStr(), L"\" and \"", shared.otherSource.CStr(),
-                  L"\" would both be moved to \"", shared.target.CStr(),
-                  L"\", where a file of the one could take the place of a file of the other and be lost. "
-                  L"Give them different places, leave one of them out, or copy instead of moving.");
-  return sentence;
-}

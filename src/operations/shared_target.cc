@@ -1,4 +1,5 @@
-// Of run_overlap.h: whether a move would put two folders into one.
+#include "operations/shared_target.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include "operations/folder_rows.h"
 #include "operations/path_queries.h"
 #include "operations/real_path.h"
-#include "operations/run_overlap.h"
 
 namespace {
 
@@ -118,4 +118,13 @@ bool FindSharedTarget(const std::vector<RunTree>& trees, const Exclusion& isExcl
     moved.Add(tree);
   }
   return moved.FindMeeting(shared);
+}
+
+WString SharedTargetSentence(const SharedTarget& shared) {
+  WString sentence;
+  sentence.Concat(L"The folders \"", shared.source.CStr(), L"\" and \"", shared.otherSource.CStr(),
+                  L"\" would both be moved to \"", shared.target.CStr(),
+                  L"\", where a file of the one could take the place of a file of the other and be lost. "
+                  L"Give them different places, leave one of them out, or copy instead of moving.");
+  return sentence;
 }

@@ -3,6 +3,7 @@
 
 #include "operations/real_path.h"
 #include "operations/run_overlap.h"
+#include "operations/shared_target.h"
 #include "support/test_place.h"
 
 namespace {

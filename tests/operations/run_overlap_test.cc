@@ -6,6 +6,7 @@
 #include "operations/folder_rows.h"
 #include "operations/path_queries.h"
 #include "operations/real_path.h"
+#include "operations/shared_target.h"
 #include "support/test_place.h"
 
 namespace {

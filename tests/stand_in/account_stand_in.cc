@@ -25,6 +25,12 @@ Account* FindIn(std::vector<Account>& list, const WString& name) {
   return nullptr;
 }
 
+bool IsThisComputer(const WString& name) {
+  wchar_t computer[MAX_PATH];
+  DWORD size = MAX_PATH;
+  return GetComputerNameW(computer, &size) && name.EqualsNoCase(computer);
+}
+
 // NAME or COMPUTER\NAME.
 const Account* FindByAnyName(const wchar_t* text) {
   WString name(text);
@@ -33,12 +39,9 @@ const Account* FindByAnyName(const wchar_t* text) {
     const Account* own = FindAccount(text);
     return own ? own : FindIn(TheAccounts().ofDomain, name);
   }
-  wchar_t computer[MAX_PATH];
-  DWORD size = MAX_PATH;
   WString domain(name);
   domain.Truncate(backslash - 1);
-  if (!GetComputerNameW(computer, &size) || !domain.EqualsNoCase(computer)) return nullptr;
-  return FindAccount(text + backslash);
+  return IsThisComputer(domain) ? FindAccount(text + backslash) : nullptr;
 }
 
 }  // namespace
@@ -98,7 +101,8 @@ BOOL WINAPI LookUpName(LPCWSTR system, LPCWSTR name, PSID sid, LPDWORD sidSize, 
   }
   if (!CopySid(*account, sid, sidSize)) return FALSE;
   if (*domainSize != 0) domain[0] = 0;
-  *use = SidTypeUser;
+  // The computer's own name comes before all others.
+  *use = IsThisComputer(WString(name)) ? SidTypeDomain : SidTypeUser;
   return TRUE;
 }
 

@@ -44,16 +44,24 @@ TEST(UserTable, PassesOverEntriesWithoutAName) {
   EXPECT_EQ(Utf8(names[0]), "Anna");
 }
 
-// Would catch one person's data in the hands of another one who has the same name in the domain.
+// Would catch one person's data in the hands of another one who has the same name in the domain, and an
+// account that isn't found because the computer is called like it.
 TEST(AccountLookup, TakesTheMachinesOwnAccountFirst) {
   AccountPlace place;
   place.Add({.name = "Anna"});
+  wchar_t computer[MAX_PATH];
+  DWORD size = MAX_PATH;
+  ASSERT_TRUE(GetComputerNameW(computer, &size));
+  place.Add({.name = Utf8(computer)});
   stand_in::TheAccounts().ofDomain = {{.name = "Anna", .sid = "S-1-5-21-1-2-3-1001"},
                                       {.name = "Cora", .sid = "S-1-5-21-1-2-3-1002"}};
   WString anna(L"Anna"), cora(L"Cora");
   EXPECT_TRUE(AccountNameToSid(anna) && AccountNameToSid(cora));
   EXPECT_EQ(Utf8(anna), place.Sid("Anna"));
   EXPECT_EQ(Utf8(cora), "S-1-5-21-1-2-3-1002");
+  WString own(computer);
+  EXPECT_TRUE(AccountNameToSid(own));
+  EXPECT_EQ(Utf8(own), place.Sid(Utf8(computer)));
 }
 
 // Would catch a level of 4294967295 in an info file.
