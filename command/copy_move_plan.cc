@@ -8,6 +8,7 @@
 #include "operations/backup_set.h"
 #include "operations/copy_move_trees.h"
 #include "operations/path_queries.h"
+#include "operations/redirected_path.h"
 #include "operations/run_overlap.h"
 #include "operations/shared_target.h"
 #include "operations/source_discovery.h"
@@ -57,6 +58,8 @@ bool FindLocation(const std::string& given, WString& folder, PlanProblem& proble
                                "accounts, and a path begins with its drive, such as C:\\Data.");
   }
   folder = GivenPath(path);
+  const WString redirection = RedirectionSentence(folder.CStr());
+  if (!redirection.IsEmpty()) return Object(problem, Escaped(redirection));
   if (folder.Length() >= kShortestFolder) return true;
   return Object(problem, Quoted(text) + " is the root of a drive; give a folder on it.");
 }

@@ -3,7 +3,6 @@
 #include "foundation/directory_enumerator.h"
 #include "interrupt.h"
 #include "json_line.h"
-#include "operations/copy_engine.h"
 #include "operations/copy_failure.h"
 #include "operations/path_queries.h"
 #include "operations/walk_path.h"
@@ -54,20 +53,9 @@ void DryRun::FailSource(const WString& source, DWORD error) {
 
 // The same steps as in the run, which so tells the same. What lies behind a link isn't looked at.
 bool DryRun::HasSource(const RunTree& tree, HeldWay& way) {
-  DWORD error = NO_ERROR;
-  switch (HoldSource(tree, way)) {
-    case SourceFinding::kFolder:
-      if (tree.otherFolders || IsPhaseSource(tree.source.CStr(), error)) return true;
-      break;
-    case SourceFinding::kNothing:
-    case SourceFinding::kInnerLink:
-      break;
-    case SourceFinding::kFailure:
-      error = GetLastError();
-      break;
-  }
-  if (error != NO_ERROR) FailSource(tree.source, error);
-  return false;
+  const SourceFinding finding = HoldSource(tree, way);
+  if (finding == SourceFinding::kFailure) FailSource(tree.source, GetLastError());
+  return finding == SourceFinding::kFolder;
 }
 
 bool DryRun::ShowTree(const RunTree& tree) {

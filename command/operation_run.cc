@@ -34,6 +34,7 @@ void FillContext(OperationContext& context, const PlannedRun& run, AppObject& ap
   context.sourceVersion = run.sourceVersion;
   context.moveFiles = run.moves;
   context.administrators = run.administrators;
+  context.chosenPlaces = run.chosenPlaces;
   context.copyBuffer = new uint8_t[kCopyBufferSize];
   context.copyBufferSize = kCopyBufferSize;
   context.observer = &observer;

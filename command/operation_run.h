@@ -29,6 +29,7 @@ struct PlannedRun {
   double sourceVersion = 0.0;
   bool moves = false;
   const WStringArray* administrators = nullptr;  // see OperationContext
+  const WStringArray* chosenPlaces = nullptr;    // as well
   // What isn't part of the run, in sentences (UTF-8). Each counts as an item that failed, and stands in
   // the log as those do.
   std::vector<std::string> leftOut;

@@ -3,6 +3,7 @@
 #include "dry_run.h"
 #include "operation_run.h"
 #include "operations/copy_failure.h"
+#include "operations/restore_extra_folders.h"
 #include "operations/restore_start.h"
 #include "operations/restore_targets.h"
 #include "profile_list.h"
@@ -39,6 +40,7 @@ ExitCode RunPlan(const ConsoleArguments& arguments, RestorePlan& plan, AppObject
   run.sourceVersion = plan.root.version;
   run.moves = plan.moves;
   run.administrators = &plan.administrators;
+  run.chosenPlaces = &plan.chosenPlaces;
   run.leftOut = plan.leftOut;
   run.paths = PathsOf(plan);
   return RunPlanned(arguments, run, app, output);

@@ -4,6 +4,7 @@
 #include "interrupt.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
+#include "operations/redirected_path.h"
 #include "operations/restore_start.h"
 #include "option_pair.h"
 #include "same_name.h"
@@ -114,7 +115,10 @@ bool FolderChoice::SetTarget(RestoreFolderRow& row, const OptionPair& pair) {
   } else if (!plan_.root.isSet) {
     return OfferTarget(row, pair.from);
   }
-  if (IsPlainFullPath(row.target.CStr())) return true;
+  if (IsPlainFullPath(row.target.CStr())) {
+    const WString redirection = RedirectionSentence(row.target.CStr());
+    return redirection.IsEmpty() || Object(problem_, Escaped(redirection));
+  }
   return Object(problem_, "The folder " + Quoted(pair.from) + " can't be restored to " + Quoted(row.target) +
                               ", which is no full path of a folder; give --extra " +
                               Quoted(pair.from + L"=D:\\Folder") + " or the like.");
@@ -140,7 +144,11 @@ bool FolderChoice::Take(const OptionPair& pair) {
   }
   named_.push_back(row->source);
   row->isTicked = true;
-  return SetTarget(*row, pair);
+  if (!SetTarget(*row, pair)) return false;
+  if (plan_.places->ProtectionOf(row->target.CStr()) != PlaceProtection::kFree) {
+    plan_.chosenPlaces.Add(row->target.CStr());
+  }
+  return true;
 }
 
 void FolderChoice::TellProtected() {

@@ -23,6 +23,7 @@ struct RestorePlan {
   LeftOutKeys leftOutKeys;  // of the info file
   std::optional<ProtectedPlaces> places;
   WStringArray administrators;       // accounts of the source that may become administrators
+  WStringArray chosenPlaces;         // protected targets that an option names all the same
   std::vector<std::string> notes;    // for a person, before the run; UTF-8, escaped
   std::vector<std::string> leftOut;  // what isn't restored and counts as failed; UTF-8, escaped
 };

@@ -192,9 +192,10 @@ MakeWinePrefix() {
   local prefix=$build/wine-prefix part=$build/wine-prefix.part link
   [[ -f $prefix/.ready ]] && return 0
   Say "making the Wine prefix"
-  rm -rf "$prefix" "$part"
+  rm -rf "$prefix"
   mkdir -p "$build/wine-home"
-  (StartPrefix "$part") </dev/null >"$build/wine-prefix.log" 2>&1 || {
+  # Under QEMU a program of the first start may come to nothing, so there is a second one.
+  (StartPrefix "$part" || StartPrefix "$part") </dev/null >"$build/wine-prefix.log" 2>&1 || {
     tail -n 20 "$build/wine-prefix.log" >&2
     Die "the Wine prefix could not be made; see $build/wine-prefix.log"
   }
@@ -210,10 +211,12 @@ MakeWinePrefix() {
 StartPrefix() {
   unset DISPLAY
   export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe="
-  # Liberation Sans stands for Arial, without which GDI+ draws no text.
-  (ExecInNamespace "$1" 0 wine wineboot -i) &&
-    (ExecInNamespace "$1" 0 wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v Arial /d 'Liberation Sans' /f) &&
-    (ExecInNamespace "$1" 0 wineserver -w)
+  rm -rf "$1"
+  (ExecInNamespace "$1" 0 wine wineboot -i) && (ExecInNamespace "$1" 0 wineserver -w) || return 1
+  [[ -f $1/drive_c/windows/syswow64/kernel32.dll ]] || return 1
+  # Liberation Sans stands for Arial, without which GDI+ draws no text. The server has ended, so its file
+  # can be written to.
+  printf '\n[Software\\\\Wine\\\\Fonts\\\\Replacements]\n"Arial"="Liberation Sans"\n' >>"$1/user.reg"
 }
 
 # ./dev wine [--display] PROGRAM [ARGUMENTS]

@@ -129,6 +129,7 @@ constexpr ErrorText kErrorTexts[] = {
     {ERROR_NO_SYSTEM_RESOURCES, "Insufficient system resources exist to complete the requested service."},
     {ERROR_NOT_A_REPARSE_POINT, "The file or directory is not a reparse point."},
     {ERROR_INVALID_REPARSE_DATA, "The data present in the reparse point buffer is invalid."},
+    {ERROR_CANT_ACCESS_FILE, "The file cannot be accessed by the system."},
     {ERROR_CANT_RESOLVE_FILENAME, "The name of the file cannot be resolved by the system."},
 };
 

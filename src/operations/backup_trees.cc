@@ -19,8 +19,9 @@ bool FindFolder(const UserTrees& user, const wchar_t* logicalName, WString& sour
   return GetUserFolder(user.sid.CStr(), logicalName, source, user.profile.CStr()) && IsAbsolutePath(source);
 }
 
-void AddFolder(UserTrees& user, const FolderRow& row) {
+void AddFolder(UserTrees& user, const wchar_t* setFolder, const FolderRow& row) {
   RunTree tree;
+  tree.targetBase = setFolder;
   tree.bit = row.bit;
   if (FindFolder(user, row.logicalName, tree.source)) {
     tree.target = PathBelow(user.target, row.setFolder);
@@ -30,10 +31,12 @@ void AddFolder(UserTrees& user, const FolderRow& row) {
   }
 }
 
-void AddData(UserTrees& user, const wchar_t* logicalName, const wchar_t* setFolder, ApplicationData part) {
+void AddData(UserTrees& user, const wchar_t* setFolder, const wchar_t* logicalName, ApplicationData part) {
   RunTree tree;
+  tree.targetBase = setFolder;
   if (FindFolder(user, logicalName, tree.source)) {
-    tree.target = PathBelow(user.target, setFolder);
+    tree.target =
+        PathBelow(user.target, part == ApplicationData::kRoaming ? kAppDataFolder : kLocalAppDataFolder);
     AddApplicationData(user.trees, tree, part);
   } else {
     user.notFound.Add(logicalName);
@@ -55,20 +58,21 @@ bool ListUserTrees(const wchar_t* name, const wchar_t* setFolder, uint32_t mask,
   user.target = UserFolderInSet(setFolder, name);
   if (!GetAccountSidAndProfile(name, user.sid, &user.profile)) return false;
   if (mask & kMaskAppData) {
-    AddData(user, kFolderAppData, kAppDataFolder, ApplicationData::kRoaming);
-    AddData(user, kFolderLocalAppData, kLocalAppDataFolder, ApplicationData::kLocal);
+    AddData(user, setFolder, kFolderAppData, ApplicationData::kRoaming);
+    AddData(user, setFolder, kFolderLocalAppData, ApplicationData::kLocal);
   }
   // Before Windows Vista, Downloads lies in Documents and would be copied twice.
   bool downloadsInDocuments = windowsVersion <= kFirstNewLayout && (mask & kMaskDocuments);
   for (const FolderRow& row : kFolderRows) {
     if (!(mask & row.bit) || row.bit == kMaskAppData || row.bit == kMaskOther) continue;
     if (row.bit == kMaskDownloads && downloadsInDocuments) continue;
-    AddFolder(user, row);
+    AddFolder(user, setFolder, row);
   }
   if (mask & kMaskOther) {
     RunTree others;
     others.source = user.profile;
     others.target = user.target;
+    others.targetBase = setFolder;
     others.bit = kMaskOther;
     others.otherFolders = true;
     user.trees.push_back(others);

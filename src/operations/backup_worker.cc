@@ -45,6 +45,7 @@ class BackupWorker {
 bool BackupWorker::RunAll() {
   context_.copyOptions = document_.GetNumber(kSettingsSection, kBackupOptionsKey);
   context_.attributeMask = document_.GetNumber(kSettingsSection, kSkipAttributesKey);
+  if (!runner_.HoldRunTarget(setFolder_)) return true;
   exclusions_ = OtherFolderExclusions(app_.consoleUserSid.CStr(), app_.consoleUserProfile.CStr());
   uint32_t mask = document_.GetNumber(kSettingsSection, kUserFoldersKey);
   if (mask != 0 && !RunUsers(mask)) return false;
@@ -65,8 +66,11 @@ bool BackupWorker::RunUser(const wchar_t* name, uint32_t mask) {
                   user.sid.IsEmpty() ? ERROR_NO_SUCH_USER : ERROR_PATH_NOT_FOUND);
     return true;
   }
-  if (!MakeDirectoryPath(user.target.CStr())) {
-    ReportTargetFailure(context_, kCannotMakeDirectory, user.target.CStr(), GetLastError());
+  // Also where nothing of the account is found, as a word that it was in the run.
+  HeldWay way;
+  const HeldWay::Result result = way.Hold(setFolder_.CStr(), user.target.CStr() + setFolder_.Length(), true);
+  if (result != HeldWay::Result::kHeld) {
+    ReportTargetFailure(context_, kCannotMakeDirectory, user.target.CStr(), HeldWay::ErrorOf(result));
     return true;
   }
   ReportFolders(user, name);
@@ -91,6 +95,7 @@ bool BackupWorker::RunExtraFolders() {
   for (const KeyEntry& folder : ReadKeys(document_, kNewExtraFoldersSection)) {
     RunTree tree;
     tree.source = folder.key;
+    tree.targetBase = setFolder_;
     tree.target = ExtraFolderDestination(document_, setFolder_.CStr(), folder.key.CStr());
     if (tree.target.IsEmpty()) {
       ReportFailure(context_, kCannotReadDirectory, folder.key.CStr(), NO_ERROR);

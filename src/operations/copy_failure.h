@@ -20,6 +20,7 @@ inline constexpr wchar_t kCannotFindFolder[] = L"Error! Could not find user fold
 inline constexpr wchar_t kCannotLoadHive[] = L"Error! Could not load user hive: ";
 inline constexpr wchar_t kCannotCreateAccount[] = L"Error! Could not create user account: ";
 inline constexpr wchar_t kProtectedFolder[] = L"Error! Left out protected user folder: ";
+inline constexpr wchar_t kProtectedPlace[] = L"Error! Left out protected folder: ";
 inline constexpr wchar_t kSourceIsTarget[] = L"Error! Source and destination are in each other: ";
 
 // Logs `text` and the path without its long path prefix, counts it in `failures`, and tells the

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "operations/path_queries.h"
+#include "operations/redirected_path.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ ExtraFolderProblem CheckExtraFolder(const wchar_t* folder, const WStringArray& r
   DWORD attributes = PathAttributes(path.CStr());
   if (attributes == INVALID_FILE_ATTRIBUTES) return ExtraFolderProblem::kMissing;
   if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return ExtraFolderProblem::kFile;
+  if (!RedirectionSentence(path.CStr()).IsEmpty()) return ExtraFolderProblem::kRedirected;
   std::vector<uint32_t> superseded;
   bool covered = CoversFolder(rows, path.CStr(), superseded);
   return covered ? ExtraFolderProblem::kCovered : ExtraFolderProblem::kNone;
@@ -43,6 +45,8 @@ WString ExtraFolderSentence(ExtraFolderProblem problem, const wchar_t* folder) {
           L"\" has a \"=\" in its path, which a backup's info file can not hold. Rename the folder, or "
           L"select one above it.";
       break;
+    case ExtraFolderProblem::kRedirected:
+      return RedirectionSentence(folder);
     case ExtraFolderProblem::kCovered:
       reason = L"\" is already marked for backup, by itself or with a folder that holds it. Leave it out.";
       break;

@@ -8,10 +8,10 @@
 #include "foundation/wstring.h"
 #include "foundation/wstring_array.h"
 
-enum class ExtraFolderProblem { kNone, kMissing, kFile, kDriveRoot, kEqualsSign, kCovered };
+enum class ExtraFolderProblem { kNone, kMissing, kFile, kDriveRoot, kEqualsSign, kRedirected, kCovered };
 
 // Whether `folder`, as CleanPath gives it, may be added to `rows`. kCovered: a row is the folder itself, or a
-// folder that it lies in.
+// folder that it lies in. kRedirected: see RedirectionSentence.
 ExtraFolderProblem CheckExtraFolder(const wchar_t* folder, const WStringArray& rows);
 
 // The sentence for a person; empty for kNone.

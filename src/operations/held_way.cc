@@ -20,14 +20,21 @@ HeldWay::Result HeldWay::Hold(const wchar_t* root, const wchar_t* relative, bool
   return Result::kHeld;
 }
 
+DWORD HeldWay::ErrorOf(Result result) {
+  return result == Result::kLink ? DWORD{ERROR_CANT_ACCESS_FILE} : GetLastError();
+}
+
 HeldWay::Result HeldWay::HoldStep(const wchar_t* path, bool makes) {
-  if (makes && !CreateDirectoryW(path, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-    return Result::kFailed;
   HeldDirectory step;
   HoldResult result = step.Open(path);
+  DWORD error = result == HoldResult::kFailed ? GetLastError() : DWORD{NO_ERROR};
+  if (makes && IsMissingOnItsDrive(path, error)) {
+    if (!CreateDirectoryW(path, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS) return Result::kFailed;
+    result = step.Open(path);
+    error = GetLastError();
+  }
   if (result == HoldResult::kLink) return Result::kLink;
   if (result == HoldResult::kFailed) {
-    const DWORD error = GetLastError();
     if (IsMissingOnItsDrive(path, error)) return Result::kMissing;
     SetLastError(error);
     return Result::kFailed;

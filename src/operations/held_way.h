@@ -4,6 +4,8 @@
 // held. A phase takes its root as it is, also if that is a link; where the root of a phase lies inside
 // a tree that somebody else writes to, this is what keeps a link planted there from leading it astray.
 #pragma once
+#include <windows.h>
+
 #include <vector>
 
 #include "foundation/held_directory.h"
@@ -21,6 +23,9 @@ class HeldWay {
   // Holds all steps from `root` (which is taken as it is) down to `root`\`relative`. With `makes`,
   // missing ones are made. Everything that was held stays so until this object goes.
   Result Hold(const wchar_t* root, const wchar_t* relative, bool makes);
+
+  // Why not, for a result other than kHeld; to be asked at once.
+  static DWORD ErrorOf(Result result);
 
  private:
   Result HoldStep(const wchar_t* path, bool makes);

@@ -31,6 +31,7 @@ OperationContext::OperationContext()
       targetFull(false),
       logFailed(false),
       administrators(nullptr),
+      chosenPlaces(nullptr),
       observer(nullptr) {}
 
 OperationContext::~OperationContext() { delete[] copyBuffer; }

@@ -76,6 +76,9 @@ struct OperationContext {
   WStringArray createdAccounts;       // those that a restore has made; they have no password
   // Accounts of the source that a restore may make administrators, because a person said so. Null: none.
   const WStringArray* administrators;
+  // Targets of extra folders, as the document has them, that a person chose although a restore doesn't write
+  // there of its own accord. Null: none.
+  const WStringArray* chosenPlaces;
   const OperationObserver* observer;  // null in screens
 
   OperationContext();

@@ -10,6 +10,7 @@
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
 #include "operations/folder_rows.h"
+#include "operations/held_place.h"
 #include "operations/held_way.h"
 #include "operations/path_queries.h"
 #include "operations/real_path.h"
@@ -23,13 +24,23 @@ bool IsOnSameDrive(const WString& a, const WString& b) {
          a.buffer[1] == b.buffer[1];
 }
 
+// A folder that a person or a hive named. Asked before the target is made, which one without a source is not.
+SourceFinding FindNamedSource(const RunTree& tree) {
+  DWORD error = NO_ERROR;
+  if (IsPhaseSource(tree.source.CStr(), error)) return SourceFinding::kFolder;
+  if (error == NO_ERROR) return SourceFinding::kNothing;
+  SetLastError(error);
+  return SourceFinding::kFailure;
+}
+
 // What of `path` lies behind its base, which it begins with.
 const wchar_t* BehindBase(const WString& path, const WString& base) { return path.CStr() + base.Length(); }
 
 }  // namespace
 
 SourceFinding HoldSource(const RunTree& tree, HeldWay& way) {
-  if (tree.sourceBase.IsEmpty()) return SourceFinding::kFolder;
+  // The walk over other folders tells of a profile that is gone, which each account has.
+  if (tree.sourceBase.IsEmpty()) return tree.otherFolders ? SourceFinding::kFolder : FindNamedSource(tree);
   switch (way.Hold(tree.sourceBase.CStr(), BehindBase(tree.source, tree.sourceBase), false)) {
     case HeldWay::Result::kHeld:
       return SourceFinding::kFolder;
@@ -53,6 +64,22 @@ PhaseRunner::PhaseRunner(OperationContext& context)
 
 PhaseRunner::~PhaseRunner() {
   if (hasCom_) CoUninitialize();
+}
+
+bool PhaseRunner::HoldRunTarget(WString& folder) {
+  const HeldPlace place = FindHeldPlace(folder);
+  if (place.base.IsEmpty()) return true;
+  const HeldWay::Result result =
+      runTarget_.Hold(place.base.CStr(), BehindBase(place.folder, place.base), true);
+  const DWORD error = result == HeldWay::Result::kHeld ? DWORD{NO_ERROR} : HeldWay::ErrorOf(result);
+  // Who is no administrator may have a folder below one that only others may list.
+  const bool isOpenBelow = error == ERROR_ACCESS_DENIED && MakeDirectoryPath(place.folder.CStr());
+  if (error == NO_ERROR || isOpenBelow) {
+    folder = place.folder;
+    return true;
+  }
+  ReportTargetFailure(context_, kCannotMakeDirectory, folder.CStr(), error);
+  return false;
 }
 
 bool PhaseRunner::RunTrees(const std::vector<RunTree>& trees, const Exclusion& isExcluded) {
@@ -102,8 +129,7 @@ bool PhaseRunner::HoldTarget(const RunTree& tree, HeldWay& way, WString& target)
   }
   if (result == HeldWay::Result::kLink && tree.bit == kMaskOther) result = FollowInside(tree, way, target);
   if (result == HeldWay::Result::kHeld) return true;
-  DWORD error = result == HeldWay::Result::kLink ? ERROR_CANT_ACCESS_FILE : GetLastError();
-  ReportTargetFailure(context_, kCannotMakeDirectory, tree.target.CStr(), error);
+  ReportTargetFailure(context_, kCannotMakeDirectory, tree.target.CStr(), HeldWay::ErrorOf(result));
   return false;
 }
 

@@ -34,6 +34,10 @@ class PhaseRunner {
   PhaseRunner& operator=(const PhaseRunner&) = delete;
   ~PhaseRunner();
 
+  // Makes the folder that a person named as the target, and holds it and the way to it until the run ends:
+  // others may write above it, too. `folder` becomes its real path. False if that fails, which is told.
+  bool HoldRunTarget(WString& folder);
+
   // The trees in their order. False if the run was stopped. `isExcluded` is for those of other folders.
   bool RunTrees(const std::vector<RunTree>& trees, const Exclusion& isExcluded);
 
@@ -53,6 +57,7 @@ class PhaseRunner {
   void CountLink() { context_.linksSkipped.fetch_add(1, std::memory_order_relaxed); }
 
   OperationContext& context_;
+  HeldWay runTarget_;
   WStringArray written_;  // a target on each disk that was written to
   int32_t phases_;
   bool hasCom_;

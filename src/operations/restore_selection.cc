@@ -9,6 +9,7 @@
 #include "operations/document_keys.h"
 #include "operations/held_way.h"
 #include "operations/path_queries.h"
+#include "operations/restore_extra_folders.h"
 #include "operations/restore_targets.h"
 #include "operations/set_accounts.h"
 #include "operations/source_discovery.h"

@@ -5,12 +5,11 @@
 #include <functional>
 #include <utility>
 
-#include "foundation/directory_enumerator.h"
 #include "foundation/windows_version.h"
 #include "operations/backup_set.h"
+#include "operations/held_place.h"
 #include "operations/path_queries.h"
 #include "operations/plain_path.h"
-#include "operations/real_path.h"
 #include "users/user_folders.h"
 
 namespace {
@@ -43,34 +42,10 @@ DataSources FindApplicationData(const RestoreRoot& root, const WString& user) {
   return found;
 }
 
-struct PlaceOfFolder {
-  WString folder;
-  WString base;  // see RunTree::targetBase
-};
-
-// Where a folder of the account really lies. Whatever leads there may belong to the account, which could
-// turn it into a link under way; so the links of this moment are resolved, and none is followed after it.
-PlaceOfFolder HeldPlace(const WString& folder) {
-  PlaceOfFolder place;
-  place.folder = ResolveRealPath(folder.CStr());
-  if (place.folder.Length() < 4 || place.folder.buffer[1] != L':') return {folder, WString()};
-  place.base.AssignMid(place.folder.CStr(), 1, 3);
-  // A disk that is mounted in a folder keeps that folder in its paths.
-  for (int32_t at = 3; at < place.folder.Length(); at++) {
-    if (place.folder.buffer[at] != L'\\') continue;
-    WString step;
-    step.AssignMid(place.folder.CStr(), 1, at);
-    DirectoryEnumerator entry;
-    if (!entry.First(WString(step).AddLongPathPrefix().CStr(), 0)) break;
-    if (IsLink(entry.data)) place.base = step;
-  }
-  return place;
-}
-
 class TreeList {
  public:
   // The place of a folder of the target account; false if it has none.
-  using Place = std::function<bool(const wchar_t* logicalName, PlaceOfFolder& place)>;
+  using Place = std::function<bool(const wchar_t* logicalName, HeldPlace& place)>;
 
   TreeList(const RestoreRoot& root, const wchar_t* source, Place place, std::vector<RunTree>& trees)
       : root_(root), user_(UserFolderInRoot(root, source)), place_(std::move(place)), trees_(trees) {}
@@ -78,7 +53,7 @@ class TreeList {
   void Add(uint32_t mask, const wchar_t* profile);
 
  private:
-  RunTree Tree(const WString& source, const PlaceOfFolder& target) const;
+  RunTree Tree(const WString& source, const HeldPlace& target) const;
   void AddData();
 
   const RestoreRoot& root_;
@@ -87,7 +62,7 @@ class TreeList {
   std::vector<RunTree>& trees_;
 };
 
-RunTree TreeList::Tree(const WString& source, const PlaceOfFolder& target) const {
+RunTree TreeList::Tree(const WString& source, const HeldPlace& target) const {
   RunTree tree;
   tree.source = source;
   tree.sourceBase = root_.folder;
@@ -98,7 +73,7 @@ RunTree TreeList::Tree(const WString& source, const PlaceOfFolder& target) const
 
 void TreeList::AddData() {
   const DataSources data = FindApplicationData(root_, user_);
-  PlaceOfFolder target;
+  HeldPlace target;
   if (place_(kFolderAppData, target)) {
     AddApplicationData(trees_, Tree(data.roaming, target), ApplicationData::kRoaming);
   }
@@ -114,7 +89,7 @@ void TreeList::AddData() {
 
 void TreeList::Add(uint32_t mask, const wchar_t* profile) {
   if (mask & kMaskAppData) AddData();
-  PlaceOfFolder target;
+  HeldPlace target;
   for (const FolderRow& row : kFolderRows) {
     if (!(mask & row.bit) || row.bit == kMaskAppData || row.bit == kMaskOther) continue;
     if (!place_(row.logicalName, target)) continue;
@@ -175,7 +150,7 @@ WString UserFolderInRoot(const RestoreRoot& root, const wchar_t* name) {
 
 void ListRestoreTrees(const RestoreRoot& root, const wchar_t* source, const RestoreTarget& target,
                       uint32_t mask, const ProtectedPlaces& places, RestoreTrees& trees) {
-  const auto place = [&](const wchar_t* logicalName, PlaceOfFolder& place) {
+  const auto place = [&](const wchar_t* logicalName, HeldPlace& place) {
     WString folder;
     if (!FindFolder(target, logicalName, folder)) {
       trees.notFound.Add(logicalName);
@@ -183,7 +158,7 @@ void ListRestoreTrees(const RestoreRoot& root, const wchar_t* source, const Rest
     }
     PlaceProtection protection = places.ProtectionOf(folder.CStr());
     if (protection == PlaceProtection::kFree) {
-      place = HeldPlace(folder);
+      place = FindHeldPlace(folder);
       // Once more, since it may lead elsewhere by now.
       protection = places.ProtectionOf(place.folder.CStr());
     }
@@ -196,22 +171,12 @@ void ListRestoreTrees(const RestoreRoot& root, const wchar_t* source, const Rest
 
 void ListNewAccountTrees(const RestoreRoot& root, const wchar_t* source, const wchar_t* profile,
                          uint32_t mask, RestoreTrees& trees) {
-  const auto place = [&](const wchar_t* logicalName, PlaceOfFolder& place) {
+  const auto place = [&](const wchar_t* logicalName, HeldPlace& place) {
     const wchar_t* relative = NewProfileFolder(logicalName);
     if (relative) place = {PathBelow(WString(profile), relative), WString()};
     return relative != nullptr;
   };
   TreeList(root, source, place, trees.trees).Add(mask, profile);
-}
-
-bool ExtraFolderTree(const RestoreRoot& root, const wchar_t* key, const wchar_t* target, RunTree& tree) {
-  if (!IsPlainRelativePath(key) || !IsPlainFullPath(target)) return false;
-  if (root.isSet && !IsPlainName(WString(key))) return false;
-  const WString folder = root.isSet ? PathBelow(root.folder, kExtraFoldersFolder) : root.folder;
-  tree.source = PathBelow(folder, key);
-  tree.sourceBase = root.folder;
-  tree.target = target;
-  return true;
 }
 
 bool IsNamedRestoreFolder(const wchar_t* name) { return IsNameInBars(WString(kNamedFolders), name); }

@@ -46,9 +46,5 @@ void ListRestoreTrees(const RestoreRoot& root, const wchar_t* source, const Rest
 void ListNewAccountTrees(const RestoreRoot& root, const wchar_t* source, const wchar_t* profile,
                          uint32_t mask, RestoreTrees& trees);
 
-// The tree of an extra folder, whose key in the info file is `key`: a name in the set, or a path below
-// the root of another installation. False if the key leads elsewhere or the target is no full path.
-bool ExtraFolderTree(const RestoreRoot& root, const wchar_t* key, const wchar_t* target, RunTree& tree);
-
 // Whether the folder `name` belongs to one of the named folders, and so not to "All other folders".
 bool IsNamedRestoreFolder(const wchar_t* name);

@@ -5,10 +5,12 @@
 #include "operations/copy_failure.h"
 #include "operations/copy_walk.h"
 #include "operations/document_keys.h"
+#include "operations/drive_presence.h"
 #include "operations/operation_context.h"
 #include "operations/path_queries.h"
 #include "operations/phase_runner.h"
 #include "operations/protected_places.h"
+#include "operations/restore_extra_folders.h"
 #include "operations/restore_selection.h"
 #include "operations/restore_targets.h"
 #include "operations/restore_trees.h"
@@ -36,9 +38,9 @@ class RestoreWorker {
  private:
   // False if the run was stopped, here and below.
   bool RunAll();
-  bool RunUsers(uint32_t mask);
+  bool RunUsers(const std::vector<KeyEntry>& entries, uint32_t mask);
   bool RunUser(const KeyEntry& entry, uint32_t mask);
-  bool RunExtraFolders(const wchar_t* section);
+  bool RunExtraFolders(const std::vector<RestoreFolder>& folders);
 
   bool MakeAccount(const KeyEntry& entry, const WString& account);
   DWORD AddAccount(const KeyEntry& entry, const WString& account);
@@ -58,14 +60,15 @@ bool RestoreWorker::RunAll() {
   // A set holds what the backup let through, so that nothing of it is left out again.
   if (root_.isSet) context_.attributeMask = 0;
   const uint32_t mask = document_.GetNumber(kSettingsSection, kRestoreUserFoldersKey);
-  if (mask != 0 && !RunUsers(mask)) return false;
-  return !IsStopped(context_) &&
-         RunExtraFolders(root_.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection);
+  const std::vector<KeyEntry> users = ReadKeys(document_, kRestoreUsersSection);
+  for (const KeyEntry& entry : users) AddTargetProfile(entry.value, places_);
+  const std::vector<RestoreFolder> folders =
+      ListRestoreFolders(root_, document_, places_, context_.chosenPlaces);
+  if (mask != 0 && !RunUsers(users, mask)) return false;
+  return !IsStopped(context_) && RunExtraFolders(folders);
 }
 
-bool RestoreWorker::RunUsers(uint32_t mask) {
-  const std::vector<KeyEntry> entries = ReadKeys(document_, kRestoreUsersSection);
-  for (const KeyEntry& entry : entries) AddTargetProfile(entry.value, places_);
+bool RestoreWorker::RunUsers(const std::vector<KeyEntry>& entries, uint32_t mask) {
   for (const KeyEntry& entry : entries) {
     if (IsStopped(context_) || !RunUser(entry, mask)) return false;
   }
@@ -100,7 +103,7 @@ bool RestoreWorker::HasSource(const WString& source) {
   DWORD error = ERROR_DIRECTORY;
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     error = GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return false;
+    if (IsMissingOnItsDrive(folder.CStr(), error)) return false;
   } else if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
     return true;
   }
@@ -168,13 +171,12 @@ bool RestoreWorker::IsOverlapping(const std::vector<RunTree>& trees) {
   return true;
 }
 
-bool RestoreWorker::RunExtraFolders(const wchar_t* section) {
-  for (const KeyEntry& entry : ReadKeys(document_, section)) {
-    RunTree tree;
-    if (!ExtraFolderTree(root_, entry.key.CStr(), entry.value.CStr(), tree)) {
-      ReportFailure(context_, kCannotReadDirectory, entry.key.CStr(), ERROR_INVALID_NAME);
-    } else if (!IsOverlapping({tree})) {
-      runner_.RunOne(tree);
+bool RestoreWorker::RunExtraFolders(const std::vector<RestoreFolder>& folders) {
+  for (const RestoreFolder& folder : folders) {
+    if (folder.failure) {
+      ReportFailure(context_, folder.failure, folder.failedItem.CStr(), folder.error);
+    } else if (!IsOverlapping({folder.tree})) {
+      runner_.RunOne(folder.tree);
     }
     if (IsStopped(context_)) return false;
   }

@@ -1,14 +1,17 @@
 // What each operation promises when the system lets it down: a call that fails, an end in the middle, a full
 // disk, a stop, a link that is put in a folder's place. Each at every place where it can happen.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <iostream>
 
 #include "machine/faults.h"
 #include "machine/machine.h"
+#include "operations/operation_runner.h"
 #include "support/host_path.h"
 #include "support/operation_scene.h"
 
@@ -127,6 +130,40 @@ TEST_P(OperationFaults, AStopMayComeAtEveryCall) {
   }
 }
 
+// A pause at any call, with the memory that a window takes meanwhile: the run goes on as if nothing had been.
+TEST_P(OperationFaults, APauseMayComeAtEveryCall) {
+  const LPTHREAD_START_ROUTINE entry = GetParam() == Operation::kBackup ? BackupEntry
+                                       : GetParam() >= Operation::kCopy ? CopyMoveEntry
+                                                                        : RestoreEntry;
+  for (uint64_t n = First(1);; n += 5 * Stride()) {
+    Begin(false);
+    const std::string when = When(n, false);
+    std::atomic<bool> isThere{false}, mayGoOn{false};
+    FaultPlan plan = Plan();
+    uint64_t calls = 0;
+    plan.before = [&](std::string_view, std::string_view) {
+      if (++calls != n) return;
+      isThere = true;
+      while (!mayGoOn) sched_yield();
+    };
+    machine::SetFaults(plan);
+    OperationRunner runner(*scene_.run->context);
+    ASSERT_TRUE(runner.Start(entry));
+    while (!isThere && !runner.WaitForEnd(0)) sched_yield();
+    EXPECT_TRUE(runner.Pause() || !isThere) << when;
+    mayGoOn = true;
+    std::vector<std::string> memory(20, std::string(n % 5000, 'x'));
+    EXPECT_TRUE(runner.Resume()) << when;
+    ASSERT_TRUE(runner.WaitForEnd(60000)) << when;
+    machine::ClearFaults();
+    scene_.ExpectWhole(when);
+    for (const SceneFile& file : scene_.files) {
+      EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
+    }
+    if (calls < n) break;
+  }
+}
+
 // A disk that fills up at any byte: overwriting costs no old file, each file is told, the reason is known.
 TEST_P(OperationFaults, TheDiskMayFillUpAtEveryByte) {
   size_t bytes = 0;
@@ -179,6 +216,35 @@ TEST_P(OperationFaults, ADiskMayGoAwayAtAnyCall) {
   }
 }
 
+// The drive of another installation goes away with all that it holds, and with it its letter. The system
+// says of each file that it isn't there, which must not pass for an account that has none.
+TEST(DriveFaults, ADriveMayGoAwayAtAnyCall) {
+  OperationScene scene(Operation::kRestoreFrom);
+  machine::Machine attached = machine::ThisMachine();
+  attached.settings.drives['D'] = HostPath(scene.run->files.Path());
+  machine::UseMachine(attached);
+  scene.run->document.path = L"D:\\old\\BackupInfo.grxsv";
+  for (uint64_t n = 2;; n += 2) {  // without the info file there is no run
+    scene.Reset(false);
+    FaultPlan plan;
+    plan.path = "D:\\*";
+    plan.nth = n;
+    plan.andAllLater = true;
+    plan.error = ERROR_PATH_NOT_FOUND;
+    machine::SetFaults(plan);
+    scene.run->Run();
+    const uint64_t calls = machine::FaultCalls();
+    machine::ClearFaults();
+    for (std::string& line : scene.run->told) {
+      if (const size_t at = line.find(": D:\\"); at != std::string::npos) line.replace(at + 2, 2, "~");
+    }
+    for (const SceneFile& file : scene.files) {
+      EXPECT_TRUE(scene.IsNewAtTarget(file) || scene.IsTold(file)) << file.target << ", call " << n;
+    }
+    if (calls < n) break;
+  }
+}
+
 // Moves `folder` away and puts a link to somebody else's data in its place, by the system's own calls.
 void Exchange(TestPlace& place, const std::string& folder) {
   if (!MoveFileExW((place / folder).CStr(), (place / "moved away").CStr(), 0)) return;
@@ -191,9 +257,12 @@ void Exchange(TestPlace& place, const std::string& folder) {
 TEST_P(OperationFaults, AFolderMayBeExchangedForALinkAtEveryCall) {
   std::vector<std::string> folders;
   for (const SceneFile& file : scene_.files) {
-    for (const char* end : {"Documents/c", "Documents/dir/deep/read-only", "Local/b", "Contacts/e"}) {
+    for (const char* end : {"Documents/c", "Documents/dir/deep/read-only", "ocal/b", "Data/b", "/e", "/f"}) {
       if (!file.target.ends_with(end)) continue;
-      folders.push_back(file.source.substr(0, file.source.rfind('/')));
+      const std::string source = file.source.substr(0, file.source.rfind('/'));
+      // Where an account's hive leads, or a person, is their own word, and is taken as it is.
+      const bool isNamed = GetParam() == Operation::kBackup && !source.ends_with("deep");
+      if (!isNamed) folders.push_back(source);
       folders.push_back(file.target.substr(0, file.target.rfind('/')));
     }
   }
@@ -205,7 +274,7 @@ TEST_P(OperationFaults, AFolderMayBeExchangedForALinkAtEveryCall) {
       std::filesystem::remove_all(HostPath(place / "Users/Eve/outside"));
       std::filesystem::remove_all(HostPath(place / "moved away"));
       const std::string when = folder + ", call " + std::to_string(n);
-      for (const char* name : {"c", "e", "b", "secret", "read-only", "dir/d", "dir/deep/read-only"})
+      for (const char* name : {"c", "e", "b", "f", "secret", "read-only", "dir/d", "dir/deep/read-only"})
         place.File(std::string("Users/Eve/outside/") + name, "outside");
       const std::vector<std::string> outside = place.List("Users/Eve/outside");
       FaultPlan plan = Plan();
@@ -230,45 +299,86 @@ TEST_P(OperationFaults, AFolderMayBeExchangedForALinkAtEveryCall) {
   }
 }
 
-// The same while an account is made: the second run comes to the end with it, or tells that the system's own
-// work on its profile was cut off. It never makes a second account or leaves half a file.
-TEST(AccountFaults, TheEndMayComeAtEveryChange) {
-  for (uint64_t n = 1;; n++) {
-    RestoreRun run;
+// A restore that makes an account for what it brings back.
+class AccountScene {
+ public:
+  RestoreRun run;
+
+  AccountScene() {
     run.files.File("set/Users/Anna/Documents/a", "new bytes");
     run.Select(4, {{"Anna", "Carl <create>"}});
+  }
+
+  // On what the first run left, with nothing in the way.
+  void RunAgain() {
+    std::string error;
+    ASSERT_TRUE(machine::Machine::Open(machine::ThisMachine().folder, again_, &error)) << error;
+    machine::UseMachine(again_);
+    run.NewRecord();
+    run.OnlyMissing();
+    run.Run();
+  }
+
+  // The file is there or a failure is told, and there is never a second account.
+  void ExpectTold(const std::string& when) const {
+    const std::string file = HostPath(WString(L"C:\\Users\\Carl\\Documents\\a"));
+    const bool isThere = std::filesystem::exists(file) && std::filesystem::file_size(file) == 9;
+    EXPECT_TRUE(isThere || run.context->failures > 0) << when << testing::PrintToString(run.told);
+    size_t carls = 0;
+    for (const machine::Account& account : machine::ThisMachine().accounts) carls += account.name == "Carl";
+    EXPECT_LE(carls, 1u) << when;
+  }
+
+ private:
+  machine::Machine again_;
+};
+
+// Killed while an account is made: the second run comes to the end with it, or tells that the system's own
+// work on its profile was cut off.
+TEST(AccountFaults, TheEndMayComeAtEveryChange) {
+  for (uint64_t n = 1;; n++) {
+    AccountScene scene;
     const std::string when = "change " + std::to_string(n);
     const pid_t child = fork();
     if (child == 0) {
       FaultPlan plan;
       plan.endAtChange = n;
       machine::SetFaults(plan);
-      run.Run();
+      scene.run.Run();
       machine::LeaveMachine();
       _exit(0);
     }
     int status = 0;
     waitpid(child, &status, 0);
     ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99)) << when;
-    machine::Machine again;
-    std::string error;
-    ASSERT_TRUE(machine::Machine::Open(machine::ThisMachine().folder, again, &error)) << when << error;
-    machine::UseMachine(again);
-    run.OnlyMissing();
-    run.Run();
-    const std::string file = HostPath(WString(L"C:\\Users\\Carl\\Documents\\a"));
-    const bool isThere = std::filesystem::exists(file) && std::filesystem::file_size(file) == 9;
-    EXPECT_NE(isThere, run.context->failures > 0) << when << testing::PrintToString(run.told);
-    size_t carls = 0;
-    for (const machine::Account& account : machine::ThisMachine().accounts) carls += account.name == "Carl";
-    EXPECT_EQ(carls, 1u) << when;
+    scene.RunAgain();
+    scene.ExpectTold(when);
     if (WEXITSTATUS(status) == 0) break;
   }
 }
 
+// Any call fails while an account is made, those for accounts, profiles and hives among them.
+TEST(AccountFaults, EveryCallMayFail) {
+  for (uint64_t n = 1;; n++) {
+    AccountScene scene;
+    const std::string when = "call " + std::to_string(n);
+    FaultPlan plan;
+    plan.nth = n;
+    plan.error = ERROR_ACCESS_DENIED;
+    machine::SetFaults(plan);
+    scene.run.Run();
+    const uint64_t calls = machine::FaultCalls();
+    machine::ClearFaults();
+    if (scene.run.context->outcome != OperationOutcome::kNotStarted) scene.ExpectTold(when);
+    scene.RunAgain();
+    scene.ExpectTold(when + ", second run");
+    if (calls < n) break;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(All, OperationFaults,
-                         testing::Values(Operation::kRestore, Operation::kRestoreFrom, Operation::kCopy,
-                                         Operation::kMove),
+                         testing::Values(Operation::kBackup, Operation::kRestore, Operation::kRestoreFrom,
+                                         Operation::kCopy, Operation::kMove),
                          [](const auto& info) { return OperationName(info.param); });
 
 }  // namespace

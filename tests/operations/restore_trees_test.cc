@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "operations/folder_rows.h"
+#include "operations/restore_extra_folders.h"
 #include "support/account_place.h"
 #include "users/user_table.h"
 

@@ -166,6 +166,26 @@ TEST(RestoreWorker, TellsOfEntriesThatLeadNowhere) {
   EXPECT_THAT(run.files.List("Users/Bob/Music"), ElementsAre("song"));
 }
 
+// Whatever a target looked like when the choice was made: where it leads when the run begins is what counts,
+// and only a person's own word opens another account's profile.
+TEST(RestoreWorker, WritesToProtectedPlacesOnlyWhenTheyWereChosen) {
+  for (const bool isChosen : {false, true}) {
+    RestoreRun run;
+    run.machine.Add({.name = "Eve"});
+    run.files.File("set/ExtraFolders/ABC/x");
+    const WString target = run.files / "Users/Eve/Documents/in";
+    run.SelectExtra("ABC", target);
+    WStringArray chosen;
+    chosen.Add(target.CStr());
+    if (isChosen) run.context->chosenPlaces = &chosen;
+    run.Run();
+    EXPECT_EQ(run.files.Exists("Users/Eve/Documents/in/x"), isChosen);
+    EXPECT_EQ(run.IsTold("Error! Left out protected folder: ~\\Users\\Eve\\Documents\\in, which lies in the "
+                         "profile of an account that is no target of this run"),
+              !isChosen);
+  }
+}
+
 // Two accounts of the set in one: both are there, and the first one's files stay.
 TEST(RestoreWorker, PutsTwoAccountsIntoOne) {
   RestoreRun run;

@@ -9,7 +9,7 @@
 
 #include "support/operation_run.h"
 
-enum class Operation { kRestore, kRestoreFrom, kCopy, kMove };
+enum class Operation { kBackup, kRestore, kRestoreFrom, kCopy, kMove };
 std::string OperationName(Operation operation);
 
 struct SceneFile {
@@ -26,7 +26,8 @@ class OperationScene {
 
   explicit OperationScene(Operation operation);
 
-  // Source and target as at first, and nothing told. `onlyMissing` as the default is.
+  // Source and target as at first, and nothing told. `onlyMissing` as the default is; a backup takes what
+  // is new and outdated, too.
   void Reset(bool onlyMissing);
   // The next run, on what the last one left.
   void Again(bool onlyMissing);
@@ -43,6 +44,8 @@ class OperationScene {
  private:
   void Add(const std::string& group, const std::string& name, const std::string& old,
            const std::string& logicalName);
+
+  void AddExtra();
 
   Operation operation_;
 };

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "operations/backup_set.h"
+#include "support/backup_run.h"
 #include "support/host_path.h"
 #include "users/user_hives.h"
 
@@ -28,12 +30,17 @@ bool IsCopyMove(Operation operation) { return operation >= Operation::kCopy; }
 }  // namespace
 
 std::string OperationName(Operation operation) {
-  const char* names[] = {"Restore", "RestoreFrom", "Copy", "Move"};
+  const char* names[] = {"Backup", "Restore", "RestoreFrom", "Copy", "Move"};
   return names[static_cast<int>(operation)];
 }
 
 OperationScene::OperationScene(Operation operation) : operation_(operation) {
-  if (IsCopyMove(operation)) {
+  if (operation == Operation::kBackup) {
+    auto backup = std::make_unique<BackupRun>();
+    backup->Select(L"133", {L"Anna"});
+    backup->machine.Add({.name = "Anna"});
+    run = std::move(backup);
+  } else if (IsCopyMove(operation)) {
     run = std::make_unique<CopyMoveRun>(1 + 4 + 128, true, IsMove(operation));
   } else {
     auto restore = std::make_unique<RestoreRun>(operation == Operation::kRestore);
@@ -41,8 +48,8 @@ OperationScene::OperationScene(Operation operation) : operation_(operation) {
     restore->SelectExtra(operation == Operation::kRestore ? "ABC" : "Data\\ABC", restore->files / "extra");
     run = std::move(restore);
     run->machine.Add({.name = "Bob"});
-    run->machine.Add({.name = "Eve"});
   }
+  run->machine.Add({.name = "Eve"});
   run->app.logPath = L"C:\\norvane.log";  // beside the place, so that faults of the place spare it
   Add("roaming", "a", "old bytes of a", "AppData");
   Add("roaming", "Microsoft/Windows/SendTo/s", "", "AppData");
@@ -52,8 +59,17 @@ OperationScene::OperationScene(Operation operation) : operation_(operation) {
   Add("documents", "dir/deep/read-only", "old read-only", "Personal");
   Add("other", "e", "", "");
   if (IsCopyMove(operation)) return;
-  const std::string extra = operation == Operation::kRestore ? "set/ExtraFolders/ABC/f" : "old/Data/ABC/f";
-  files.push_back({extra, "extra/f", "new bytes of f", "old f", ""});
+  AddExtra();
+}
+
+void OperationScene::AddExtra() {
+  std::string kept = operation_ == Operation::kRestoreFrom ? "old/Data/ABC/f" : "set/ExtraFolders/ABC/f";
+  std::string place = "extra/f";
+  if (operation_ == Operation::kBackup) {
+    run->document.SetValue(kNewExtraFoldersSection, (run->files / "extra").CStr(), L"ABC");
+    kept.swap(place);
+  }
+  files.push_back({kept, place, "new bytes of f", "old f", ""});
 }
 
 void OperationScene::Add(const std::string& group, const std::string& name, const std::string& old,
@@ -63,7 +79,11 @@ void OperationScene::Add(const std::string& group, const std::string& name, cons
     std::string source = std::string("from/") + known.inProfile;
     if (operation_ == Operation::kRestore) source = std::string("set/Users/Anna/") + known.inSet;
     if (operation_ == Operation::kRestoreFrom) source = std::string("old/Users/Anna/") + known.inProfile;
-    const std::string target = (IsCopyMove(operation_) ? "to/" : "Users/Bob/") + std::string(known.inProfile);
+    std::string target = (IsCopyMove(operation_) ? "to/" : "Users/Bob/") + std::string(known.inProfile);
+    if (operation_ == Operation::kBackup) {
+      source = std::string("Users/Anna/") + known.inProfile;
+      target = std::string("set/Users/Anna/") + known.inSet;
+    }
     files.push_back({source + "/" + name, target + "/" + name, "new bytes of " + name, old, logicalName});
   }
 }
@@ -72,7 +92,8 @@ void OperationScene::Reset(bool onlyMissing) {
   UnloadOwnHives();
   TestPlace& place = run->files;
   for (const char* folder : {"set/Users", "set/ExtraFolders", "old/Users", "old/Data", "from", "to", "extra",
-                             "Users/Bob/AppData", "Users/Bob/Documents", "Users/Bob/Contacts"}) {
+                             "Users/Bob/AppData", "Users/Bob/Documents", "Users/Bob/Contacts",
+                             "Users/Anna/AppData", "Users/Anna/Documents", "Users/Anna/Contacts"}) {
     std::filesystem::remove_all(HostPath(place / folder));
   }
   std::filesystem::remove(HostPath(run->app.logPath));
@@ -88,7 +109,11 @@ void OperationScene::Reset(bool onlyMissing) {
 
 void OperationScene::Again(bool onlyMissing) {
   run->NewRecord();
-  run->document.SetValue(L"Settings", IsCopyMove(operation_) ? L"CMBackupOptions" : L"RTBackupOptions",
+  if (operation_ == Operation::kBackup) {
+    run->document.SetValue(kSettingsSection, kBackupOptionsKey, onlyMissing ? L"1" : L"0");
+    return;
+  }
+  run->document.SetValue(kSettingsSection, IsCopyMove(operation_) ? L"CMBackupOptions" : kRestoreOptionsKey,
                          onlyMissing ? L"2" : L"0");
 }
 
@@ -109,7 +134,11 @@ bool OperationScene::IsTold(const SceneFile& file) const {
     for (const std::string& path : {"~/" + file.source, "~/" + file.target}) {
       if (path == named || path.starts_with(named + "/")) return true;
     }
-    if (named == "Bob" || (!file.logicalName.empty() && named == "Bob/" + file.logicalName)) return true;
+    for (const char* account : {"Anna", "Bob"}) {
+      if (named == account || (!file.logicalName.empty() && named == account + ("/" + file.logicalName))) {
+        return true;
+      }
+    }
   }
   return false;
 }
