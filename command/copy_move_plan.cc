@@ -58,10 +58,11 @@ bool FindLocation(const std::string& given, WString& folder, PlanProblem& proble
                                "accounts, and a path begins with its drive, such as C:\\Data.");
   }
   folder = GivenPath(path);
+  if (folder.Length() < kShortestFolder) {
+    return Object(problem, Quoted(text) + " is the root of a drive; give a folder on it.");
+  }
   const WString redirection = RedirectionSentence(folder.CStr());
-  if (!redirection.IsEmpty()) return Object(problem, Escaped(redirection));
-  if (folder.Length() >= kShortestFolder) return true;
-  return Object(problem, Quoted(text) + " is the root of a drive; give a folder on it.");
+  return redirection.IsEmpty() || Object(problem, Escaped(redirection));
 }
 
 bool CheckSource(const ConsoleArguments& arguments, CopyMoveSelection& selection, PlanProblem& problem) {

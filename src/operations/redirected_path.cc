@@ -5,11 +5,19 @@
 #include "operations/path_queries.h"
 #include "operations/real_path.h"
 
+namespace {
+
+constexpr int32_t kDriveRootLength = 3;
+
+}  // namespace
+
 WString RedirectionSentence(const wchar_t* path) {
   wchar_t windows[MAX_PATH] = {};
   WString sentence;
   if (GetSystemWindowsDirectoryW(windows, MAX_PATH) == 0) return sentence;
   const WString system = PathBelow(WString(windows), L"System32"), folder(path);
+  // What goes to or comes from the root of a drive isn't meant for Windows.
+  if (folder.Length() <= kDriveRootLength) return sentence;
   const bool isBelow = IsSameOrInside(folder, system);
   if (!isBelow && !IsSameOrInside(system, folder)) return sentence;
   // Some folders of it are shown as they are, and so is all of it to a 64-bit program.

@@ -6,5 +6,5 @@
 #include "foundation/wstring.h"
 
 // Why a folder that is, lies in or holds System32 can't be taken under this name, as a sentence for a person.
-// Empty for all others. `path` is absolute.
+// Empty for all others, and for roots of drives. `path` is absolute.
 WString RedirectionSentence(const wchar_t* path);

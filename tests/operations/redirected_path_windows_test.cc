@@ -20,7 +20,8 @@ TEST(RedirectedPath, IsRefusedWithTheWayOut) {
               AllOf(HasSubstr("\"C:\\windows\\system32\\drivers\" is another one"), HasSubstr("syswow64"),
                     HasSubstr("Indicate \"C:\\windows\\Sysnative\\drivers\" instead.")));
   EXPECT_THAT(Sentence("C:\\Windows"), HasSubstr("holds System32"));
-  for (const char* free : {"C:\\windows\\system", "C:\\windows\\Sysnative", "C:\\Data\\System32", "D:\\"}) {
+  for (const char* free :
+       {"C:\\windows\\system", "C:\\windows\\Sysnative", "C:\\Data\\System32", "C:\\", "D:\\"}) {
     EXPECT_EQ(Sentence(free), "") << free;
   }
   EXPECT_EQ(CheckExtraFolder(L"C:\\windows\\system32", WStringArray()), ExtraFolderProblem::kRedirected);
