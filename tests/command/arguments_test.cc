@@ -1,10 +1,8 @@
 #include "arguments.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "console_run.h"
+#include "command_machine.h"
 #include "resources/version.h"
+#include "support/log_text.h"
 
 namespace {
 
@@ -18,30 +16,23 @@ ConsoleArguments Parsed(const std::vector<std::string>& words) {
   return arguments;
 }
 
-TEST(Arguments, BackupHasTheDefaultsOfTheScreen) {
-  const ConsoleArguments arguments = Parsed({"backup", "--to", "D:\\B"});
-  EXPECT_EQ(arguments.command, ConsoleCommand::kBackup);
-  EXPECT_EQ(arguments.to, "D:\\B");
-  EXPECT_FALSE(arguments.hasName);
-  EXPECT_TRUE(arguments.users.empty());
-  EXPECT_EQ(arguments.folders, "all");
-  EXPECT_FALSE(arguments.updateOnly || arguments.copiesSystem || arguments.copiesHidden);
-  EXPECT_FALSE(arguments.isJson || arguments.isQuiet || arguments.isDryRun);
-}
-
 // An option that swallows the next one's value backs up the wrong accounts.
 TEST(Arguments, RepeatedOptionsTakeOneValueEach) {
-  const ConsoleArguments arguments =
+  const ConsoleArguments plain = Parsed({"backup", "--to", "D:\\B"});
+  EXPECT_EQ(plain.to + "|" + plain.folders, "D:\\B|all");
+  EXPECT_FALSE(plain.hasName || plain.updateOnly || plain.copiesSystem || plain.copiesHidden);
+  const ConsoleArguments full =
       Parsed({"backup",        "--user", "Anna",    "--extra",   "C:\\a b", "--user=-odd-", "--extra",
               "D:\\ü",         "--to",   "D:",      "--name",    "",        "--update",     "--copy-hidden",
               "--copy-system", "--json", "--quiet", "--dry-run", "--log",   "x.log"});
-  EXPECT_THAT(arguments.users, ElementsAre("Anna", "-odd-"));
-  EXPECT_THAT(arguments.extraFolders, ElementsAre("C:\\a b", "D:\\ü"));
-  EXPECT_TRUE(arguments.hasName);
-  EXPECT_EQ(arguments.name, "");
-  EXPECT_TRUE(arguments.updateOnly && arguments.copiesSystem && arguments.copiesHidden);
-  EXPECT_TRUE(arguments.isJson && arguments.isQuiet && arguments.isDryRun);
-  EXPECT_EQ(arguments.log, "x.log");
+  EXPECT_EQ(full.command, ConsoleCommand::kBackup);
+  EXPECT_THAT(full.users, ElementsAre("Anna", "-odd-"));
+  EXPECT_THAT(full.extraFolders, ElementsAre("C:\\a b", "D:\\ü"));
+  EXPECT_TRUE(full.hasName);
+  EXPECT_EQ(full.name, "");
+  EXPECT_TRUE(full.updateOnly && full.copiesSystem && full.copiesHidden);
+  EXPECT_TRUE(full.isJson && full.isQuiet && full.isDryRun);
+  EXPECT_EQ(full.log, "x.log");
 }
 
 // A script that goes on after a mistyped option thinks that it has a backup.
@@ -81,27 +72,6 @@ TEST(Arguments, WrongUsageNamesWhatIsWrong) {
   }
 }
 
-TEST(Arguments, RestoreHasTheDefaultsOfTheScreen) {
-  const ConsoleArguments plain = Parsed({"restore", "D:\\B"});
-  EXPECT_EQ(plain.command, ConsoleCommand::kRestore);
-  EXPECT_EQ(plain.set, "D:\\B");
-  EXPECT_EQ(plain.folders, "all");
-  EXPECT_FALSE(plain.overwrites || plain.leavesExtraFolders || plain.moves);
-  const ConsoleArguments full =
-      Parsed({"restore-from", "--map", "A=B", "--map", "C=D", "E:", "--create", "F=G=H", "--skip", "I",
-              "--extra", "J=K", "--no-extra", "--overwrite", "--move", "--copy-hidden"});
-  EXPECT_EQ(full.command, ConsoleCommand::kRestoreFrom);
-  EXPECT_EQ(full.root, "E:");
-  EXPECT_THAT(full.maps, ElementsAre("A=B", "C=D"));
-  EXPECT_THAT(full.creates, ElementsAre("F=G=H"));
-  EXPECT_THAT(full.skips, ElementsAre("I"));
-  EXPECT_THAT(full.extraFolders, ElementsAre("J=K"));
-  EXPECT_TRUE(full.overwrites && full.leavesExtraFolders && full.moves && full.copiesHidden);
-  const ConsoleArguments move = Parsed({"move", "Anna", "C:\\Data", "--overwrite"});
-  EXPECT_EQ(move.command, ConsoleCommand::kMove);
-  EXPECT_EQ(move.source + "|" + move.target, "Anna|C:\\Data");
-}
-
 // Each option is told with its default, nothing is wider than a terminal of 100 columns, and an example
 // stands on one line, so that it can be pasted.
 TEST(Arguments, HelpIsComplete) {
@@ -127,10 +97,7 @@ TEST(Arguments, HelpIsComplete) {
     const std::string help = Norvanectl({test.command, "--help"}).results;
     for (const char* part : common) EXPECT_THAT(help, HasSubstr(part)) << test.command;
     for (const char* part : test.parts) EXPECT_THAT(help, HasSubstr(part)) << test.command;
-    size_t defaults = 0;
-    for (size_t at = help.find("(default:"); at != std::string::npos; at = help.find("(default:", at + 1))
-      ++defaults;
-    EXPECT_EQ(defaults, test.defaults) << test.command;
+    EXPECT_EQ(LogPlace::Count(help, "(default:"), test.defaults) << test.command;
     for (size_t start = 0, end = 0; start < help.size(); start = end + 1) {
       end = help.find('\n', start);
       EXPECT_LE(end - start, 100u) << help.substr(start, end - start);

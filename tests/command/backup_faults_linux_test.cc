@@ -1,16 +1,14 @@
 // What norvanectl says and leaves behind when the disk doesn't play along, and when it is interrupted.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 
-#include "console_run.h"
+#include "command_machine.h"
 #include "foundation/unique_handle.h"
 #include "interrupt.h"
 #include "machine/faults.h"
-#include "support/account_place.h"
+#include "support/log_text.h"
 #include "users/user_hives.h"
 
 namespace {
@@ -18,35 +16,45 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-struct Faulty {
-  AccountPlace place;
-  std::string to = "backups";
-
+struct Faulty : CommandMachine {
   Faulty() {
     place.Add({.name = "Anna"});
-    place.files.Folder("backups");
+    files.Folder("backups");
   }
-  ~Faulty() { machine::ClearFaults(); }
 
   void File(const std::string& name, size_t size) {
-    place.files.File("Users/Anna/Documents/" + name, std::string(size, 'x'));
+    files.File("Users/Anna/Documents/" + name, std::string(size, 'x'));
   }
-  ConsoleRun Backup(const machine::FaultPlan& plan, std::vector<std::string> more = {}) {
-    std::vector<std::string> words = {
-        "backup",    "--to",  Utf8(place.files / to),     "--name", "Set", "--user", "Anna", "--folders",
-        "documents", "--log", Utf8(place.files / "x.log")};
-    words.insert(words.end(), more.begin(), more.end());
+  ConsoleRun RunWith(int exitCode, const machine::FaultPlan& plan, const Words& words,
+                     const Words& more = {}) const {
     machine::SetFaults(plan);
-    ConsoleRun run = Norvanectl(words);
+    ConsoleRun run = Run(exitCode, words, more);
     machine::ClearFaults();
     return run;
   }
+  ConsoleRun Backup(int exitCode, const machine::FaultPlan& plan, const Words& more = {}) const {
+    return RunWith(
+        exitCode, plan,
+        {"backup", "--to", Path("backups"), "--name", "Set", "--user", "Anna", "--folders", "documents"},
+        more);
+  }
 };
 
-size_t Count(const std::string& text, const std::string& part) {
-  size_t count = 0;
-  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
+// Every matching call fails.
+machine::FaultPlan Failing(const char* call, const char* path, DWORD error) {
+  machine::FaultPlan plan;
+  plan.call = call;
+  plan.path = path;
+  plan.nth = 1;
+  plan.andAllLater = true;
+  plan.error = error;
+  return plan;
+}
+
+machine::FaultPlan Room(int64_t bytes) {
+  machine::FaultPlan plan;
+  plan.bytesLeft = bytes;
+  return plan;
 }
 
 // A hive that stays loaded costs the account its profile at the next logon, unless somebody knows of it.
@@ -61,97 +69,56 @@ TEST(BackupFaults, TellsOfAHiveThatStaysLoaded) {
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.errors,
               HasSubstr("\"" + Utf8(test.place.Profile("Anna")) + "\" (HKEY_USERS\\" + sid + ")"));
-  EXPECT_EQ(Count(run.errors, "\n"), 1u);
+  EXPECT_EQ(LogPlace::Count(run.errors, "\n"), 1u);
 }
 
 // A target that takes nothing is told of at once, with the reason, and no empty folder stays there.
 TEST(BackupFaults, RefusesATargetThatCannotBeWritten) {
-  struct Case {
-    const char* call;
-    const char* path;
-    DWORD error;
-    const char* part;
-  };
-  for (const Case& c : {Case{"CreateDirectoryW", "*backups*", ERROR_ACCESS_DENIED, "can't be made"},
-                        {"CreateFileW", "*\\backups", ERROR_ACCESS_DENIED, "can't be written to"},
-                        {"CreateFileW", "*BackupInfo*", ERROR_ACCESS_DENIED, "BackupInfo.grxsv"}}) {
+  const std::pair<machine::FaultPlan, const char*> cases[] = {
+      {Failing("CreateDirectoryW", "*backups*", ERROR_ACCESS_DENIED), "can't be made"},
+      {Failing("CreateFileW", "*\\backups", ERROR_ACCESS_DENIED), "can't be written to"},
+      {Failing("CreateFileW", "*BackupInfo*", ERROR_ACCESS_DENIED), "BackupInfo.grxsv"},
+      {Room(0), "BackupInfo.grxsv"},
+      {Room(2), "BackupInfo.grxsv"},
+      {Room(50), "BackupInfo.grxsv"}};
+  for (const auto& [plan, part] : cases) {
+    SCOPED_TRACE(plan.call + plan.path + std::to_string(plan.bytesLeft));
     Faulty test;
-    machine::FaultPlan plan;
-    plan.call = c.call;
-    plan.path = c.path;
-    plan.nth = 1;
-    plan.andAllLater = true;
-    plan.error = c.error;
-    const ConsoleRun run = test.Backup(plan, {"--json"});
-    EXPECT_EQ(run.exitCode, 4) << c.part;
-    EXPECT_THAT(run.errors, HasSubstr(c.part));
-    EXPECT_THAT(run.errors, HasSubstr(Utf8(test.place.files / "backups")));
+    const ConsoleRun run = test.Backup(4, plan, {"--json"});
+    EXPECT_THAT(run.errors, HasSubstr(part));
+    EXPECT_THAT(run.errors, HasSubstr(test.Path("backups")));
     EXPECT_EQ(run.Event("end")["outcome"], "not started");
-    EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
+    EXPECT_THAT(test.files.List("backups"), IsEmpty());
   }
-}
-
-TEST(BackupFaults, RefusesATargetWithoutRoomForTheInfoFile) {
-  for (int64_t room : {0, 2, 50}) {
-    Faulty test;
-    machine::FaultPlan plan;
-    plan.bytesLeft = room;
-    const ConsoleRun run = test.Backup(plan);
-    EXPECT_EQ(run.exitCode, 4) << room;
-    EXPECT_THAT(run.errors, HasSubstr("BackupInfo.grxsv"));
-    EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
-  }
-}
-
-// A backup into its own source by another way grows until the disk is full. Wine gives a link's own path
-// for what it leads to, so this is here alone.
-TEST(BackupFaults, SeesAnOverlapThroughALink) {
-  Faulty test;
-  test.File("letter", 10);
-  test.place.files.Link("way", "Users/Anna/Documents");
-  test.to = "way/x";
-  const ConsoleRun run = test.Backup({});
-  EXPECT_EQ(run.exitCode, 4);
-  EXPECT_THAT(run.errors, HasSubstr("one inside the other"));
-  EXPECT_EQ(test.place.files.List("Users/Anna/Documents").size(), 1u);
 }
 
 // Thousands of lines that all say the same would hide what else went wrong.
 TEST(BackupFaults, SaysOnceThatTheDiskIsFull) {
-  Faulty test;
-  for (int file = 0; file < 6; ++file) test.File("file" + std::to_string(file), 10000);
-  machine::FaultPlan plan;
-  plan.bytesLeft = 25000;
-  const ConsoleRun run = test.Backup(plan);
-  EXPECT_EQ(run.exitCode, 1) << run.errors;
-  EXPECT_EQ(Count(run.errors, "The target's disk is full."), 1u) << run.errors;
-  EXPECT_LE(Count(run.errors, "Error!"), 1u) << run.errors;
-  EXPECT_THAT(run.results, HasSubstr("items could not be copied."));
-
-  Faulty again;
-  for (int file = 0; file < 6; ++file) again.File("file" + std::to_string(file), 10000);
-  const ConsoleRun json = again.Backup(plan, {"--json"});
-  EXPECT_GE(Count(json.results, "\"event\":\"failure\""), 3u) << json.results;
-  EXPECT_EQ(json.Event("failure")["error"], ERROR_DISK_FULL);
-  EXPECT_EQ(json.Event("end")["failures"], Count(json.results, "\"event\":\"failure\""));
+  for (const bool isJson : {false, true}) {
+    Faulty test;
+    for (int file = 0; file < 6; ++file) test.File("file" + std::to_string(file), 10000);
+    const ConsoleRun run = test.Backup(1, Room(25000), isJson ? Words{"--json"} : Words{});
+    if (!isJson) {
+      EXPECT_EQ(LogPlace::Count(run.errors, "The target's disk is full."), 1u) << run.errors;
+      EXPECT_LE(LogPlace::Count(run.errors, "Error!"), 1u) << run.errors;
+      EXPECT_THAT(run.results, HasSubstr("items could not be copied."));
+      continue;
+    }
+    EXPECT_GE(LogPlace::Count(run.results, "\"event\":\"failure\""), 3u) << run.results;
+    EXPECT_EQ(run.Event("failure")["error"], ERROR_DISK_FULL);
+    EXPECT_EQ(run.Event("end")["failures"], LogPlace::Count(run.results, "\"event\":\"failure\""));
+  }
 }
 
 TEST(BackupFaults, NamesEachFileThatFailedWithTheReason) {
   Faulty test;
   test.File("good", 10);
   test.File("bad", 10);
-  machine::FaultPlan plan;
-  plan.call = "ReadFile";
-  plan.path = "*\\bad";
-  plan.nth = 1;
-  plan.andAllLater = true;
-  plan.error = ERROR_CRC;
-  const ConsoleRun run = test.Backup(plan);
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, HasSubstr(Utf8(test.place.files / "Users/Anna/Documents/bad")));
+  const ConsoleRun run = test.Backup(1, Failing("ReadFile", "*\\bad", ERROR_CRC));
+  EXPECT_THAT(run.errors, HasSubstr(test.Path("Users/Anna/Documents/bad")));
   EXPECT_THAT(run.errors, HasSubstr("(Data error"));
-  EXPECT_TRUE(test.place.files.Exists("backups/Set/Users/Anna/Documents/good"));
-  EXPECT_FALSE(test.place.files.Exists("backups/Set/Users/Anna/Documents/bad"));
+  EXPECT_TRUE(test.files.Exists("backups/Set/Users/Anna/Documents/good"));
+  EXPECT_FALSE(test.files.Exists("backups/Set/Users/Anna/Documents/bad"));
 }
 
 // Ctrl+C in the middle of a file: no torn file stays, and the script hears of it.
@@ -167,14 +134,13 @@ TEST(BackupFaults, StopsAtAnInterrupt) {
     kill(getpid(), SIGINT);
     usleep(300000);  // the handler has a thread of its own
   };
-  const ConsoleRun run = test.Backup(plan, {"--json"});
-  EXPECT_EQ(run.exitCode, 3) << run.errors;
+  const ConsoleRun run = test.Backup(3, plan, {"--json"});
   EXPECT_EQ(run.Event("end")["outcome"], "stopped");
   EXPECT_EQ(run.Event("end")["text"],
             "Failed to backup user data to \"Set\"\r\nThe operation was cancelled.");
   EXPECT_THAT(run.errors, HasSubstr("Stopping."));
-  EXPECT_THAT(test.place.files.List("backups/Set/Users/Anna/Documents"), IsEmpty());
-  EXPECT_TRUE(test.place.files.Exists("backups/Set/BackupInfo.grxsv"));
+  EXPECT_THAT(test.files.List("backups/Set/Users/Anna/Documents"), IsEmpty());
+  EXPECT_TRUE(test.files.Exists("backups/Set/BackupInfo.grxsv"));
   EXPECT_LT(writes, 4);
 }
 
@@ -187,10 +153,10 @@ TEST(BackupFaults, StopsBeforeAnythingIsMade) {
     kill(getpid(), SIGINT);
     usleep(300000);
   };
-  EXPECT_EQ(test.Backup(plan).exitCode, 3);
-  EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
+  test.Backup(3, plan);
+  EXPECT_THAT(test.files.List("backups"), IsEmpty());
   EXPECT_FALSE(test.place.IsHiveLoaded("Anna"));
-  EXPECT_EQ(test.Backup({}).exitCode, 0) << "the next run isn't concerned";
+  test.Backup(0, {});  // the next run isn't concerned
 }
 
 // A stranger's file with millions of rows, some of which would be refused in the end.
@@ -198,8 +164,8 @@ TEST(RestoreFaults, StopsWhileItPlans) {
   Faulty test;
   std::string rows = "[Users]\r\nAnna=1|A\r\n[ExtraFolders]\r\n";
   for (int i = 0; i < 1000; i++) rows += "C:\\Data" + std::to_string(i) + "=1\r\n";
-  test.place.files.File("set/BackupInfo.grxsv", rows);
-  test.place.files.File("set/Users/Anna/Documents/a");
+  test.files.File("set/BackupInfo.grxsv", rows);
+  test.files.File("set/Users/Anna/Documents/a");
   for (const char* at : {"*ExtraFolders*", "*set\\Users\\Anna*"}) {
     int asked = 0;
     machine::FaultPlan plan;
@@ -210,47 +176,35 @@ TEST(RestoreFaults, StopsWhileItPlans) {
       kill(getpid(), SIGINT);
       while (!InterruptGuard::IsRequested()) usleep(1000);
     };
-    machine::SetFaults(plan);
-    const ConsoleRun run =
-        Norvanectl({"restore", Utf8(test.place.files / "set"), "--extra", "none", "--json"});
-    machine::ClearFaults();
-    EXPECT_EQ(run.exitCode, 3) << run.errors;
+    const ConsoleRun run = test.RunWith(3, plan, {"restore", test.Path("set"), "--extra", "none", "--json"});
     EXPECT_EQ(run.Event("end")["outcome"], "stopped");
     EXPECT_LT(asked, 10) << "it went on with " << at;
-    EXPECT_FALSE(test.place.files.Exists("Users/Anna/Documents/a"));
+    EXPECT_FALSE(test.files.Exists("Users/Anna/Documents/a"));
   }
 }
 
 // A link would copy a folder a second time, under another name.
 TEST(BackupCommand, TakesAFolderOnceWhateverLeadsToIt) {
   Faulty test;
-  test.place.files.File("data/inner/x");
-  test.place.files.Link("link", "data");
-  const std::string data = Utf8(test.place.files / "data"), link = Utf8(test.place.files / "link");
+  test.files.File("data/inner/x");
+  test.files.Link("link", "data");
+  const std::string data = test.Path("data"), link = test.Path("link");
   const std::pair<std::string, std::string> cases[] = {
       {data, link}, {link, data}, {link, link}, {data, link + "\\inner"}, {data + "\\inner", link}};
   for (const auto& [first, second] : cases) {
-    const ConsoleRun run = test.Backup({}, {"--extra", first, "--extra", second});
-    EXPECT_EQ(run.exitCode, 4) << first << " " << second;
+    const ConsoleRun run = test.Backup(4, {}, {"--extra", first, "--extra", second});
     EXPECT_THAT(run.errors, HasSubstr("already marked"));
-    EXPECT_THAT(test.place.files.List("backups"), IsEmpty());
+    EXPECT_THAT(test.files.List("backups"), IsEmpty());
   }
-  EXPECT_EQ(test.Backup({}, {"--extra", link}).exitCode, 0);
+  test.Backup(0, {}, {"--extra", link});
 }
 
 // A log that can't be written is no reason to stop, nor to keep silent about it.
 TEST(BackupFaults, TellsThatTheLogCannotBeWritten) {
   Faulty test;
   test.File("good", 10);
-  machine::FaultPlan plan;
-  plan.call = "CreateFileW";
-  plan.path = "*x.log";
-  plan.nth = 1;
-  plan.andAllLater = true;
-  plan.error = ERROR_ACCESS_DENIED;
-  const ConsoleRun run = test.Backup(plan);
-  EXPECT_EQ(run.exitCode, 0);
-  EXPECT_THAT(run.errors, HasSubstr("x.log\" could not be written"));
+  const ConsoleRun run = test.Backup(0, Failing("CreateFileW", "*norvane.log", ERROR_ACCESS_DENIED));
+  EXPECT_THAT(run.errors, HasSubstr("norvane.log\" could not be written"));
   EXPECT_THAT(run.results, HasSubstr("Successfully"));
 }
 

@@ -43,15 +43,9 @@ TEST(ConsoleOutput, DrawsOverTheLastLineAndClearsItForOthers) {
         output.Result("done");
         output.Transient("y");
         output.Transient("");
-      }),
-      "\ra \xc3\xa4 longer line\rshort          \rshorter\r       \rfailed\r\n\rx\r \rdone\r\n\ry\r \r");
-}
-
-TEST(ConsoleOutput, KnowsTheTerminalsWidth) {
-  EXPECT_EQ(
-      OnTerminal([](ConsoleOutput& output) {
         output.Result(std::to_string(output.TerminalColumns()) + (output.HasTerminal() ? " yes" : " no"));
       }),
+      "\ra \xc3\xa4 longer line\rshort          \rshorter\r       \rfailed\r\n\rx\r \rdone\r\n\ry\r \r"
       "40 yes\r\n");
 }
 

@@ -1,13 +1,9 @@
 // What norvanectl says of a machine whose hive SOFTWARE is damaged, as that of a dying disk.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 
-#include "console_run.h"
+#include "command_machine.h"
 #include "machine/machine.h"
-#include "support/account_place.h"
 #include "support/host_path.h"
 
 namespace {
@@ -17,17 +13,15 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 // Anna's profile is told by ProfileList alone, Bob's by the account database, too.
-struct DamagedMachine {
-  AccountPlace place;
-
+struct DamagedMachine : CommandMachine {
   DamagedMachine() {
     place.AddConsoleUser({.name = "Anna", .privilege = 2});
-    place.files.File("Data/x.txt", "extra");
-    place.files.Folder("backups");
+    files.File("Data/x.txt", "extra");
+    files.Folder("backups");
   }
   void AddBob() {
-    place.Add({.name = "Bob", .databaseProfile = Utf8(place.files / "Users/Bob"), .profileImagePath = ""});
-    place.files.File("Users/Bob/Documents/letter.txt", "dear");
+    place.Add({.name = "Bob", .databaseProfile = Path("Users/Bob"), .profileImagePath = ""});
+    files.File("Users/Bob/Documents/letter.txt", "dear");
   }
   void Damage() {
     const machine::Machine here = machine::ThisMachine();
@@ -35,10 +29,8 @@ struct DamagedMachine {
     std::ofstream hive(HostPath(L"C:\\Windows\\System32\\config\\SOFTWARE"), std::ios::binary);
     hive << std::string(16384, 'x');
   }
-  ConsoleRun Backup(std::vector<std::string> words) const {
-    words.insert(words.begin(), {"backup", "--to", Utf8(place.files / "backups"), "--name", "Set", "--log",
-                                 Utf8(place.files / "x.log")});
-    return Norvanectl(words);
+  ConsoleRun Backup(int exitCode, const Words& words) const {
+    return Run(exitCode, {"backup", "--to", Path("backups"), "--name", "Set"}, words);
   }
 };
 
@@ -62,13 +54,11 @@ TEST(DamagedRegistry, UsersSayThatTheListIsShort) {
 TEST(DamagedRegistry, BackupRefusesWhereNoAccountIsLeft) {
   DamagedMachine machine;
   machine.Damage();
-  for (const std::vector<std::string>& words :
-       {std::vector<std::string>{}, {"--user", "Anna"}, {"--user", "Bob"}, {"--dry-run"}}) {
-    const ConsoleRun run = machine.Backup(words);
-    EXPECT_EQ(run.exitCode, 4);
+  for (const Words& words : {Words{}, {"--user", "Anna"}, {"--user", "Bob"}, {"--dry-run"}}) {
+    const ConsoleRun run = machine.Backup(4, words);
     EXPECT_THAT(run.errors, HasSubstr("ProfileList) can't be read ("));
     EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1);
-    EXPECT_THAT(machine.place.files.List("backups"), IsEmpty());
+    EXPECT_THAT(machine.files.List("backups"), IsEmpty());
   }
 }
 
@@ -77,44 +67,40 @@ TEST(DamagedRegistry, BackupOfTheRestCountsWhatIsMissing) {
   DamagedMachine machine;
   machine.AddBob();
   machine.Damage();
-  const ConsoleRun all = machine.Backup({"--extra", Utf8(machine.place.files / "Data")});
-  EXPECT_EQ(all.exitCode, 1);
+  const ConsoleRun all = machine.Backup(1, {"--extra", machine.Path("Data")});
   EXPECT_THAT(all.errors, HasSubstr("ProfileList) can't be read ("));
-  EXPECT_THAT(machine.place.files.List("backups"), testing::Contains(HasSubstr("x.txt")));
-  EXPECT_EQ(machine.Backup({"--dry-run", "--extra", Utf8(machine.place.files / "Data")}).exitCode, 1);
+  EXPECT_THAT(machine.files.List("backups"), testing::Contains(HasSubstr("x.txt")));
+  machine.Backup(1, {"--dry-run", "--extra", machine.Path("Data")});
 
   // One that was asked for, and is there, is all that was asked for.
-  const ConsoleRun bob = machine.Backup({"--user", "Bob", "--folders", "documents"});
+  const ConsoleRun bob = Norvanectl({"backup", "--to", machine.Path("backups"), "--name", "Set", "--user",
+                                     "Bob", "--folders", "documents", "--log", machine.Path("norvane.log")});
   EXPECT_THAT(bob.errors, Not(HasSubstr("ProfileList)")));
-  EXPECT_EQ(machine.place.files.Read("backups/Set/Users/Bob/Documents/letter.txt"), "dear");
+  EXPECT_EQ(machine.files.Read("backups/Set/Users/Bob/Documents/letter.txt"), "dear");
 }
 
 // A row of folders that can't be found says nothing to a person who doesn't know that they stand in a hive.
 TEST(DamagedRegistry, AnAccountsDamagedHiveIsNamed) {
   for (const std::string damage : {"a folder", "cut", "empty"}) {
-    AccountPlace place;
-    place.Add({.name = "Bob"});
-    place.files.File("set/Users/Bob/Documents/x");
-    place.files.File("set/BackupInfo.grxsv", "[Users]\r\nBob=1|B\r\n");
-    place.files.Folder("backups");
-    const std::filesystem::path hive = HostPath(place.files / "Users/Bob/NTUSER.DAT");
+    CommandMachine machine;
+    machine.place.Add({.name = "Bob"});
+    machine.files.File("set/Users/Bob/Documents/x");
+    machine.files.File("set/BackupInfo.grxsv", "[Users]\r\nBob=1|B\r\n");
+    machine.files.Folder("backups");
+    const std::filesystem::path hive = HostPath(machine.files / "Users/Bob/NTUSER.DAT");
     if (damage == "a folder") {
       std::filesystem::remove(hive);
       std::filesystem::create_directory(hive);
     } else {
       std::filesystem::resize_file(hive, damage == "cut" ? 5000 : 0);
     }
-    const std::string log = Utf8(place.files / "x.log"), set = Utf8(place.files / "set");
-    const std::string to = Utf8(place.files / "backups");
-    for (std::vector<std::string> words :
-         {std::vector<std::string>{"restore", set}, {"backup", "--to", to, "--name", "Set"}}) {
-      words.insert(words.end(), {"--log", log});
-      for (const bool isDry : {false, true}) {
-        if (isDry) words.push_back("--dry-run");
-        const ConsoleRun run = Norvanectl(words);
-        EXPECT_EQ(run.exitCode, 1) << damage << run.errors;
-        EXPECT_THAT(run.errors, HasSubstr("Error! Could not load user hive: " + Utf8(place.Profile("Bob")) +
-                                          "\\NTUSER.DAT ("))
+    for (const Words& words : {Words{"restore", machine.Path("set")},
+                               {"backup", "--to", machine.Path("backups"), "--name", "Set"}}) {
+      for (const Words& more : {Words{}, {"--dry-run"}}) {
+        const ConsoleRun run = machine.Run(1, words, more);
+        EXPECT_THAT(
+            run.errors,
+            HasSubstr("Error! Could not load user hive: " + machine.Path("Users/Bob/NTUSER.DAT") + " ("))
             << damage;
         EXPECT_THAT(run.errors, HasSubstr("Music")) << "the folders are named all the same";
       }

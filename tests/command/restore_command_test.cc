@@ -1,9 +1,5 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "console_run.h"
+#include "command_machine.h"
 #include "operations/md5_name.h"
-#include "profile_file.h"
 #include "support/account_database.h"
 
 namespace {
@@ -21,9 +17,7 @@ std::string NameInSet(const std::string& path) {
 }
 
 // A set that came from elsewhere, in the folder "set", and the accounts of this machine.
-struct Machine {
-  AccountPlace place;
-  TestPlace& files = place.files;
+struct Machine : CommandMachine {
   std::string accounts = "Anna=2|Anna Berg\r\nBob=1|Bob Okafor\r\nEve=1|Eve M\r\n";
   std::string folders;
 
@@ -50,10 +44,8 @@ struct Machine {
     Save();
   }
 
-  std::string Path(const std::string& relative) const { return Utf8(place.files / relative); }
-  ConsoleRun Restore(std::vector<std::string> words) const {
-    words.insert(words.begin(), {"restore", Path("set"), "--log", Path("norvane.log")});
-    return Norvanectl(words);
+  ConsoleRun Restore(int exitCode, const Words& words) const {
+    return Run(exitCode, {"restore", Path("set")}, words);
   }
 };
 
@@ -71,8 +63,7 @@ TEST(RestoreCommand, BringsASetToAnotherMachine) {
   Machine machine;
   machine.AddFolder(machine.Path("projects"));
   // Named, because under Wine the place of a test lies in somebody's profile.
-  const ConsoleRun run = machine.Restore({"--extra", machine.Path("projects")});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(0, {"--extra", machine.Path("projects")});
   EXPECT_EQ(run.results,
             "Successfully restored a backup named \"set\"\nThe account \"Eve\" was created without a "
             "password.\n");
@@ -85,8 +76,7 @@ TEST(RestoreCommand, BringsASetToAnotherMachine) {
   EXPECT_EQ(machine.place.Known("Eve").fullName, "Eve M");
 
   const std::vector<std::string> before = machine.files.List("Users");
-  const ConsoleRun again = machine.Restore({"--json"});
-  EXPECT_EQ(again.exitCode, 0) << again.errors;
+  const ConsoleRun again = machine.Restore(0, {"--json"});
   EXPECT_EQ(again.Event("end")["files"], 0);
   EXPECT_THAT(again.Event("end")["accountsCreated"], IsEmpty());
   EXPECT_EQ(machine.files.List("Users"), before);
@@ -98,10 +88,9 @@ TEST(RestoreCommand, FollowsTheChoices) {
   machine.AddFolder(machine.Path("a"));
   machine.AddFolder(machine.Path("b"));
   machine.files.File("Users/robert/Documents/letter.txt", "own");
-  const ConsoleRun run = machine.Restore({"--map", "anna=ROBERT", "--create", "Bob=Bobby", "--skip", "EVE",
-                                          "--folders", "documents,music", "--no-extra", "--extra",
-                                          machine.Path("b") + "=" + machine.Path("c=d"), "--json"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(
+      0, {"--map", "anna=ROBERT", "--create", "Bob=Bobby", "--skip", "EVE", "--folders", "documents,music",
+          "--no-extra", "--extra", machine.Path("b") + "=" + machine.Path("c=d"), "--json"});
   EXPECT_THAT(run.Event("end")["accountsCreated"], ElementsAre("Bobby"));
   EXPECT_EQ(machine.files.Read("Users/robert/Documents/letter.txt"), "own");
   EXPECT_EQ(ReadInProfile("Bobby", "Music/song.mp3"), "la");
@@ -110,8 +99,7 @@ TEST(RestoreCommand, FollowsTheChoices) {
     EXPECT_FALSE(machine.files.Exists(path)) << path;
   EXPECT_EQ(ReadInProfile("Bobby", "Desktop/note.txt"), "(missing)");
   EXPECT_FALSE(HasAccount("Eve"));
-  EXPECT_EQ(
-      machine.Restore({"--map", "Anna=robert", "--overwrite", "--skip", "Eve", "--skip", "Bob"}).exitCode, 0);
+  machine.Restore(0, {"--map", "Anna=robert", "--overwrite", "--skip", "Eve", "--skip", "Bob"});
   EXPECT_EQ(machine.files.Read("Users/robert/Documents/letter.txt"), "dear");
 }
 
@@ -121,9 +109,7 @@ TEST(RestoreCommand, MakesAdministratorsOnlyWhenAsked) {
     Machine machine;
     machine.AddAccount("Zoe=2|Zoe Z");
     machine.files.Folder("set/Users/Zoe");
-    const ConsoleRun run =
-        machine.Restore(isAsked ? std::vector<std::string>{"--create", "Zoe"} : std::vector<std::string>{});
-    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const ConsoleRun run = machine.Restore(0, isAsked ? Words{"--create", "Zoe"} : Words{});
     EXPECT_THAT(machine.place.Known("Zoe").groups, ElementsAre(isAsked ? "Administrators" : "Users"));
     EXPECT_FALSE(machine.place.Known("Zoe").hasPassword);
     EXPECT_THAT(run.errors, HasSubstr(isAsked ? "\"Zoe\" will be made as an administrator"
@@ -136,22 +122,21 @@ TEST(RestoreCommand, LeavesProtectedPlacesAlone) {
   Machine machine;
   const std::vector<std::string> evil = {"C:\\Windows\\evil", "C:\\", "..\\evil", "C:\\Users"};
   for (const std::string& path : evil) machine.AddFolder(path);
-  const ConsoleRun run = machine.Restore({"--skip", "Eve"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(0, {"--skip", "Eve"});
   for (const std::string& path : evil) {
     EXPECT_THAT(run.errors, HasSubstr("The folder \"" + path + "\" isn't restored, because")) << path;
   }
   EXPECT_THAT(run.errors, HasSubstr("--extra PATH=TARGET"));
   EXPECT_NE(GetFileAttributesW(L"C:\\Windows"), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetFileAttributesW(L"C:\\Windows\\evil"), INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(machine.Restore({"--no-extra", "--extra", "..\\evil=" + machine.Path("taken")}).exitCode, 0);
+  machine.Restore(0, {"--no-extra", "--extra", "..\\evil=" + machine.Path("taken")});
   EXPECT_TRUE(machine.files.Exists("taken/plan.txt"));
   machine.AddFolder(kFreeFolder);
-  const ConsoleRun dry = machine.Restore({"--dry-run", "--json", "--folders", "videos"});
+  const ConsoleRun dry = machine.Restore(0, {"--dry-run", "--json", "--folders", "videos"});
   EXPECT_EQ(dry.Event("phase")["target"], kFreeFolder) << "it was left out with the others";
   EXPECT_EQ(dry.Event("end")["entries"], 1);
   const nlohmann::json phase =
-      machine.Restore({"--dry-run", "--json", "--folders", "videos", "--no-extra", "--extra", evil[0]})
+      machine.Restore(0, {"--dry-run", "--json", "--folders", "videos", "--no-extra", "--extra", evil[0]})
           .Event("phase");
   EXPECT_EQ(phase["target"], evil[0]);
 }
@@ -164,8 +149,7 @@ TEST(RestoreCommand, TellsOfKeysThatItPassesOver) {
   machine.AddAccount("x:\x81=1|x");
   machine.AddAccount("Gone=1|x");
   machine.AddAccount("anna=1|x");
-  const ConsoleRun run = machine.Restore({"--json", "--skip", "Eve"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(0, {"--json", "--skip", "Eve"});
   for (const std::string& name : evil) {
     EXPECT_THAT(run.errors, HasSubstr("Note: The info file names \"" + name + "\", passed over")) << name;
   }
@@ -175,8 +159,9 @@ TEST(RestoreCommand, TellsOfKeysThatItPassesOver) {
   EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
   for (int i = 0; i < 30; ++i) machine.accounts += "x:" + std::to_string(i) + "=1|x\r\n";
   machine.Save();
-  EXPECT_THAT(machine.Restore({"--dry-run"}).errors, AllOf(HasSubstr("\"x:13\""), Not(HasSubstr("\"x:14\"")),
-                                                           HasSubstr("names 16 others, passed over")));
+  EXPECT_THAT(
+      machine.Restore(0, {"--dry-run"}).errors,
+      AllOf(HasSubstr("\"x:13\""), Not(HasSubstr("\"x:14\"")), HasSubstr("names 16 others, passed over")));
 }
 
 // One account that can't be there must not cost the others their data, nor pass without a word.
@@ -185,13 +170,12 @@ TEST(RestoreCommand, GoesOnWithoutAnImpossibleAccount) {
     Machine machine;
     machine.AddAccount(name + "=1|x");
     machine.files.File("set/Users/" + name + "/Documents/x");
-    const ConsoleRun run = machine.Restore({"--json"});
-    EXPECT_EQ(run.exitCode, 1);
+    const ConsoleRun run = machine.Restore(1, {"--json"});
     EXPECT_THAT(run.errors, HasSubstr("\"" + name + "\" was left out"));
     EXPECT_EQ(run.Event("end")["failures"], 1);
     EXPECT_FALSE(HasAccount(name));
     EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
-    EXPECT_EQ(machine.Restore({"--create", name + "=Short"}).exitCode, 0);
+    machine.Restore(0, {"--create", name + "=Short"});
     EXPECT_EQ(ReadInProfile("Short", "Documents/x"), "x");
   }
 }
@@ -201,12 +185,11 @@ TEST(RestoreCommand, LeavesTemporaryProfilesAlone) {
   Machine machine;
   machine.place.Add({.name = "Eve", .profileImagePath = Utf8(machine.files.Folder("Users/TEMP.PC"))});
   machine.place.ListProfile(machine.place.Sid("Eve") + ".bak", machine.place.Profile("Eve"));
-  const ConsoleRun run = machine.Restore({});
-  EXPECT_EQ(run.exitCode, 1);
+  const ConsoleRun run = machine.Restore(1, {});
   EXPECT_THAT(run.errors, AllOf(HasSubstr("\"Eve\" was left out, because"), HasSubstr("TEMP.PC\"")));
   EXPECT_THAT(machine.files.List("Users/TEMP.PC"), IsEmpty());
   EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
-  EXPECT_EQ(machine.Restore({"--create", "Eve=Evi"}).exitCode, 0);
+  machine.Restore(0, {"--create", "Eve=Evi"});
 }
 
 TEST(RestoreCommand, ADryRunChangesNothing) {
@@ -214,42 +197,22 @@ TEST(RestoreCommand, ADryRunChangesNothing) {
   machine.AddFolder(kFreeFolder);
   const std::vector<std::string> before = machine.files.List();
   const std::string info = machine.files.Read("set/BackupInfo.grxsv");
-  const ConsoleRun run = machine.Restore({"--dry-run"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(0, {"--dry-run"});
   EXPECT_THAT(run.results, AllOf(HasSubstr("Bob -> robert\n"), HasSubstr("Eve -> Eve (a new account)\n"),
                                  HasSubstr(machine.Path("set/Users/Eve/Documents") + ": 1 entry, 5 B"),
                                  HasSubstr("In all 5 entries, 20 B. Nothing was changed.")));
-  const ConsoleRun json = machine.Restore({"--dry-run", "--json"});
+  const ConsoleRun json = machine.Restore(0, {"--dry-run", "--json"});
   EXPECT_THAT(json.Event("end")["accountsToCreate"], ElementsAre("Eve"));
   EXPECT_FALSE(HasAccount("Eve"));
   EXPECT_EQ(machine.files.List(), before);
   EXPECT_EQ(machine.files.Read("set/BackupInfo.grxsv"), info);
 }
 
-// What stops the run from taking a folder must not look like nothing in a dry run.
-TEST(RestoreCommand, ADryRunFailsAsTheRunDoes) {
-  Machine machine;
-  machine.files.File("set/Users/Anna/Music", "a file");
-  machine.AddFolder(kFreeFolder);
-  std::string lines[2];
-  for (const bool isDry : {true, false}) {
-    std::vector<std::string> words = {"--no-extra", "--skip", "Eve", "--skip", "Bob"};
-    if (isDry) words.push_back("--dry-run");
-    const ConsoleRun run = machine.Restore(words);
-    EXPECT_EQ(run.exitCode, 1) << run.errors;
-    EXPECT_THAT(run.errors,
-                HasSubstr("Could not read source directory: " + machine.Path("set/Users/Anna/Music")));
-    lines[isDry] = run.errors;
-  }
-  EXPECT_EQ(lines[0], lines[1]);
-}
-
 // A set on a disk that can't be written is restored like any other.
 TEST(RestoreCommand, RestoresASetThatCannotBeWritten) {
   Machine machine;
   SetAttributes((machine.files / "set/BackupInfo.grxsv").CStr(), FILE_ATTRIBUTE_READONLY);
-  const ConsoleRun run = machine.Restore({"--folders", "documents"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  const ConsoleRun run = machine.Restore(0, {"--folders", "documents"});
   EXPECT_THAT(run.errors, HasSubstr("can't be kept in \"" + machine.Path("set/BackupInfo.grxsv") + "\""));
   EXPECT_TRUE(machine.files.Exists("Users/Anna/Documents/letter.txt"));
   EXPECT_THAT(machine.files.Read("set/BackupInfo.grxsv"), Not(HasSubstr("RT")));
@@ -262,65 +225,40 @@ TEST(RestoreCommand, RefusesBadInputBeforeAnythingIsMade) {
   machine.files.File("binary/BackupInfo.nvsav", std::string("\0\1\2", 3));
   machine.files.File("inside/BackupInfo.nvsav", "[ExtraFolders]\r\n" + machine.Path("inside") + "=1\r\n");
   machine.files.File("inside/ExtraFolders/" + NameInSet(machine.Path("inside")) + "/x");
-  struct Case {
-    std::vector<std::string> words;
-    int exitCode;
-    const char* part;
-  };
-  const std::string a = machine.Path("a");
-  const Case cases[] = {
-      {{"--map", "Nobody=Anna"}, 4, "holds no data of an account \"Nobody\"; there are \"Anna\", \"Bob\""},
-      {{"--map", "Bob=Nobody"}, 4, "--create \"Bob=Nobody\" makes one"},
-      {{"--map", "Bob=Administrators"}, 4, "no local account \"Administrators\""},
-      {{"--map", "Bob=x <create>"}, 4, "no local account \"x <create>\""},
-      {{"--map", "Bob"}, 2, "--map needs two names"},
-      {{"--map", "=Bob"}, 2, "--map needs two names"},
-      {{"--create", "Bob=Anna"}, 4, "give --map \"Bob=Anna\""},
-      {{"--create", "Eve=a/b"}, 4, "\"a/b\" can't be the name of an account"},
-      {{"--create", "Eve=..."}, 4, "can't be the name"},
-      {{"--create", "Eve=a name of 21 letters!"}, 4, "can't be the name"},
-      {{"--create", "Nobody"}, 4, "\"Nobody\""},
-      {{"--create", "Eve="}, 2, "--create needs a name"},
-      {{"--skip", "Nobody"}, 4, "\"Nobody\""},
-      {{"--skip", "Eve", "--map", "eve=Anna"}, 2, "more than one of --map, --create and --skip"},
-      {{"--map", "Eve=Anna", "--map", "Eve=robert"}, 2, "more than one of"},
-      {{"--skip", "Anna", "--skip", "Bob", "--skip", "Eve", "--no-extra"}, 4, "Nothing is left to restore"},
-      {{"--folders", "docs"}, 2, "\"docs\" is no folder"},
-      {{"--extra", machine.Path("none")}, 4, "holds no additional folder"},
-      {{"--extra", a + "=relative"}, 4, "which is no full path of a folder"},
-      {{"--extra", a + "="}, 4, "which is no full path of a folder"},
-      {{"--extra", a + "=C:\\x:stream"}, 4, "which is no full path"},
-      {{"--extra", a, "--extra", a + "=" + machine.Path("b")}, 2, "more than one --extra"},
-      {{"--extra", a + "=" + machine.Path("set/Users/Anna/x")},
-       4,
-       "this restore writes to are the same or lie one"},
-      {{"--extra", a + "=" + machine.Path("")}, 4, "this restore writes to are the same or lie one"},
-  };
-  const std::vector<std::string> before = machine.files.List();
-  for (const Case& c : cases) {
-    for (const bool isDry : {false, true}) {
-      std::vector<std::string> words = c.words;
-      if (isDry) words.push_back("--dry-run");
-      const ConsoleRun run = machine.Restore(words);
-      EXPECT_EQ(run.exitCode, c.exitCode) << c.part << "\n" << run.errors;
-      EXPECT_THAT(run.errors, HasSubstr(c.part));
-      EXPECT_EQ(run.results, "") << c.part;
-    }
-  }
-  const std::string inside = machine.Path("inside");
-  const std::pair<std::vector<std::string>, const char*> sets[] = {
-      {{machine.Path("none")}, "does not exist"},
-      {{machine.Path("set/Users")}, "does not exist"},
-      {{machine.Path("empty")}, "holds no account"},
-      {{machine.Path("binary")}, "holds no text"},
-      {{inside, "--extra", inside}, "lie one inside the other"}};
-  for (auto [words, part] : sets) {
-    words.insert(words.begin(), {"restore", "--log", machine.Path("norvane.log")});
-    const ConsoleRun run = Norvanectl(words);
-    EXPECT_EQ(run.exitCode, 4) << part << run.errors;
-    EXPECT_THAT(run.errors, HasSubstr(part));
-  }
-  EXPECT_EQ(machine.files.List(), before);
+  const std::string a = machine.Path("a"), inside = machine.Path("inside");
+  const char* const overlap = "this restore writes to are the same or lie one";
+  ExpectRefused(
+      machine, {"restore", machine.Path("set")},
+      {{{"--map", "Nobody=Anna"}, "holds no data of an account \"Nobody\"; there are \"Anna\", \"Bob\""},
+       {{"--map", "Bob=Nobody"}, "--create \"Bob=Nobody\" makes one"},
+       {{"--map", "Bob=Administrators"}, "no local account \"Administrators\""},
+       {{"--map", "Bob=x <create>"}, "no local account \"x <create>\""},
+       {{"--map", "Bob"}, "--map needs two names", 2},
+       {{"--map", "=Bob"}, "--map needs two names", 2},
+       {{"--create", "Bob=Anna"}, "give --map \"Bob=Anna\""},
+       {{"--create", "Eve=a/b"}, "\"a/b\" can't be the name of an account"},
+       {{"--create", "Eve=..."}, "can't be the name"},
+       {{"--create", "Eve=a name of 21 letters!"}, "can't be the name"},
+       {{"--create", "Nobody"}, "\"Nobody\""},
+       {{"--create", "Eve="}, "--create needs a name", 2},
+       {{"--skip", "Nobody"}, "\"Nobody\""},
+       {{"--skip", "Eve", "--map", "eve=Anna"}, "more than one of --map, --create and --skip", 2},
+       {{"--map", "Eve=Anna", "--map", "Eve=robert"}, "more than one of", 2},
+       {{"--skip", "Anna", "--skip", "Bob", "--skip", "Eve", "--no-extra"}, "Nothing is left to restore"},
+       {{"--folders", "docs"}, "\"docs\" is no folder", 2},
+       {{"--extra", machine.Path("none")}, "holds no additional folder"},
+       {{"--extra", a + "=relative"}, "which is no full path of a folder"},
+       {{"--extra", a + "="}, "which is no full path of a folder"},
+       {{"--extra", a + "=C:\\x:stream"}, "which is no full path"},
+       {{"--extra", a, "--extra", a + "=" + machine.Path("b")}, "more than one --extra", 2},
+       {{"--extra", a + "=" + machine.Path("set/Users/Anna/x")}, overlap},
+       {{"--extra", a + "=" + machine.Path("")}, overlap}});
+  ExpectRefused(machine, {"restore"},
+                {{{machine.Path("none")}, "does not exist"},
+                 {{machine.Path("set/Users")}, "does not exist"},
+                 {{machine.Path("empty")}, "holds no account"},
+                 {{machine.Path("binary")}, "holds no text"},
+                 {{inside, "--extra", inside}, "lie one inside the other"}});
   EXPECT_FALSE(HasAccount("Eve"));
 }
 

@@ -53,7 +53,6 @@ TEST(Utf8Text, EscapesWhatActsOnATerminal) {
 }
 
 TEST(ProgressLine, WritesAmountsAndTimes) {
-  EXPECT_EQ(BytesText(0), "0 B");
   EXPECT_EQ(BytesText(1023), "1023 B");
   EXPECT_EQ(BytesText(1024), "1.0 KiB");
   EXPECT_EQ(BytesText(1024 * 1024 - 1), "1.0 MiB");

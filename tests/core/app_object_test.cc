@@ -29,18 +29,17 @@ TEST(AppObject, KnowsItsPathsAndItsMachine) {
 TEST(AppObject, KeepsSettingsOnlyWhereItMay) {
   TestPlace place;
   for (bool keeps : {false, true}) {
-    WString path = place / (keeps ? "kept.ini" : "left.ini");
     {
       AppObject app;
       app.PrepareRun(nullptr, L"", keeps);
       // Beside the test program it must not be written.
-      app.settings.path = path;
+      app.settings.path = place / "settings.ini";
       app.SetLastBackupDir(L"D:\\Sets");
-      EXPECT_FALSE(place.Exists(keeps ? "kept.ini" : "left.ini"));
+      EXPECT_FALSE(place.Exists("settings.ini"));
     }
-    EXPECT_EQ(place.Exists(keeps ? "kept.ini" : "left.ini"), keeps);
+    EXPECT_EQ(place.Exists("settings.ini"), keeps);
   }
-  IniDocument settings((place / "kept.ini").CStr());
+  IniDocument settings((place / "settings.ini").CStr());
   EXPECT_EQ(Utf8(settings.GetValue(L"BackupAndRecovery", L"LastBackupDir")), "D:\\Sets");
 }
 

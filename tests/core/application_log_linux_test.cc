@@ -17,11 +17,14 @@ struct FaultsOff {
 
 class LogFaults : public testing::TestWithParam<size_t> {
  protected:
-  // A log with that many lines behind the place of the entries.
-  void Fill(LogPlace& log) {
-    log.Fill("[ Backup ]\r\nkept\r\n[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old"));
-  }
+  // What stands in front of the entries, and behind them, with as many lines as the parameter says.
+  const std::string kept_ = "[ Backup ]\r\nkept\r\n";
+  const std::string rest_ = "[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old");
   FaultsOff off_;
+
+  static std::string Line(int number, const std::string& message) {
+    return LogPlace::Stamp(number) + "=" + message + "\r\n";
+  }
 };
 
 // Ended before any change of the disk: the file is whole, and every entry that was said to be written is
@@ -30,7 +33,7 @@ TEST_P(LogFaults, LoseNothingWhenTheProgramEnds) {
   constexpr int kEntries = 12;
   for (uint64_t n = 1;; n++) {
     LogPlace log;
-    Fill(log);
+    log.Fill(kept_ + rest_);
     int pipes[2];
     ASSERT_EQ(pipe(pipes), 0);
     pid_t child = fork();
@@ -53,22 +56,21 @@ TEST_P(LogFaults, LoseNothingWhenTheProgramEnds) {
     close(pipes[0]);
     ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99));
 
-    std::string expected = "[ Backup ]\r\nkept\r\n";
+    std::string expected = kept_;
     for (int i = 0; i < written; i++) {
       EXPECT_EQ(marks[i], 'w');
-      expected += LogPlace::Stamp(i) + "=entry " + std::to_string(i) + "\r\n";
+      expected += Line(i, "entry " + std::to_string(i));
     }
-    std::string next =
-        LogPlace::Stamp(static_cast<int>(written)) + "=entry " + std::to_string(written) + "\r\n";
-    const std::string rest = "[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old");
+    std::string next = Line(static_cast<int>(written), "entry " + std::to_string(written));
     std::string text = log.TextWithoutBlankLines();
     // The entry in hand may have got there just before the end.
-    EXPECT_TRUE(text == expected + rest || text == expected + next + rest) << "change " << n << ": " << text;
-    std::string before = text.substr(0, text.size() - rest.size());
+    EXPECT_TRUE(text == expected + rest_ || text == expected + next + rest_)
+        << "change " << n << ": " << text;
+    std::string before = text.substr(0, text.size() - rest_.size());
     EXPECT_TRUE(log.Write(L" Backup ", "after"));
     log.Close();
     text = log.Text();
-    EXPECT_TRUE(text.starts_with(before) && text.ends_with("=after\r\n" + rest))
+    EXPECT_TRUE(text.starts_with(before) && text.ends_with("=after\r\n" + rest_))
         << "change " << n << ": " << text;
     EXPECT_EQ(text.find("  "), std::string::npos) << "change " << n;
     if (WEXITSTATUS(status) == 0) break;
@@ -80,7 +82,7 @@ TEST_P(LogFaults, SayWhatTheyCouldNotWrite) {
   constexpr int kEntries = 6;
   for (uint64_t n = 1;; n++) {
     LogPlace log;
-    Fill(log);
+    log.Fill(kept_ + rest_);
     machine::FaultPlan plan;
     plan.nth = n;
     plan.error = ERROR_DISK_FULL;
@@ -96,29 +98,28 @@ TEST_P(LogFaults, SayWhatTheyCouldNotWrite) {
       size_t count = LogPlace::Count(text, "=entry " + std::to_string(i) + "\r\n");
       EXPECT_EQ(count, written[static_cast<size_t>(i)] ? 1u : 0u) << "call " << n << ", entry " << i;
     }
-    EXPECT_TRUE(text.ends_with("[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old"))) << "call " << n;
+    EXPECT_TRUE(text.ends_with(rest_)) << "call " << n;
     if (calls < n) break;
   }
 }
 
 // A full disk is when there is most to log; it must not cost what stands in the file already.
 TEST_P(LogFaults, KeepTheFileWholeOnAFullDisk) {
-  const std::string rest = "[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old");
   for (int64_t room = 0; room < 400; room += 3) {
     LogPlace log;
-    Fill(log);
+    log.Fill(kept_ + rest_);
     machine::FaultPlan plan;
     plan.bytesLeft = room;
     machine::SetFaults(plan);
-    std::string expected = "[ Backup ]\r\nkept\r\n";
+    std::string expected = kept_;
     for (int i = 0; i < 5; i++) {
       std::string message = "entry " + std::to_string(i);
-      if (log.Write(L" Backup ", message)) expected += LogPlace::Stamp(i) + "=" + message + "\r\n";
-      EXPECT_EQ(log.TextWithoutBlankLines(), expected + rest) << room << " bytes left";
+      if (log.Write(L" Backup ", message)) expected += Line(i, message);
+      EXPECT_EQ(log.TextWithoutBlankLines(), expected + rest_) << room << " bytes left";
     }
     machine::ClearFaults();
     log.Close();
-    EXPECT_EQ(log.Text(), expected + rest) << room << " bytes left";
+    EXPECT_EQ(log.Text(), expected + rest_) << room << " bytes left";
   }
 }
 
@@ -126,7 +127,7 @@ TEST_P(LogFaults, KeepTheFileWholeOnAFullDisk) {
 TEST_P(LogFaults, ShareTheFileWithAnotherProcess) {
   constexpr int kEntries = 150;
   LogPlace log;
-  Fill(log);
+  log.Fill(kept_ + rest_);
   std::vector<pid_t> children;
   for (int writer = 0; writer < 2; writer++) {
     pid_t child = fork();
@@ -154,7 +155,7 @@ TEST_P(LogFaults, ShareTheFileWithAnotherProcess) {
       EXPECT_EQ(LogPlace::Count(text, "=w" + std::to_string(writer) + " " + std::to_string(i) + ".\r\n"), 1u);
     }
   }
-  EXPECT_TRUE(text.ends_with("[ Restore ]\r\n" + LogPlace::Lines(GetParam(), "old")));
+  EXPECT_TRUE(text.ends_with(rest_));
 }
 
 struct Cost {
@@ -177,7 +178,7 @@ Cost ReadCost() {
 TEST_P(LogFaults, CostNoMoreThanInProportion) {
   auto costOf = [this](int entries) {
     LogPlace log;
-    Fill(log);
+    log.Fill(kept_ + rest_);
     Cost before = ReadCost();
     for (int i = 0; i < entries; i++) {
       EXPECT_TRUE(log.Write(L" Backup ",

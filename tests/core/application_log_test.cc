@@ -41,37 +41,34 @@ TEST(ApplicationLog, AddsAMissingSectionAtTheEnd) {
             "[ Copy/Move user data ]\r\n2024/03/05 12:00:00:000=new\r\n2024/03/05 12:00:00:001=newer\r\n");
 }
 
-struct LayoutCase {
-  const char* what;
-  std::string before, after;  // "+" stands for the new entry's line
-};
+// Adds an entry to a file of these bytes. In the text that is expected, "+" stands for its line.
+void ExpectEntryIn(const std::string& bytes, std::string expected) {
+  SCOPED_TRACE(expected);
+  LogPlace log;
+  WriteBytes(log.path.CStr(), bytes);
+  EXPECT_TRUE(log.Write(L" Backup ", "entry"));
+  expected.replace(expected.find('+'), 1, "2024/03/05 12:00:00:000=entry\r\n");
+  EXPECT_EQ(log.Text(), expected);
+}
 
 // What people and other programs have made of the file stays, line by line.
 TEST(ApplicationLog, KeepsEveryOtherLine) {
-  const LayoutCase cases[] = {
-      {"comments and own lines", "; mine\r\n[ Backup ]\r\na=1\r\n; c\r\n[ Restore ]\r\nb\r\n",
-       "; mine\r\n[ Backup ]\r\na=1\r\n; c\r\n+[ Restore ]\r\nb\r\n"},
-      {"an empty line before the next section", "[ Backup ]\r\na\r\n\r\n[ Home ]\r\n",
-       "[ Backup ]\r\na\r\n\r\n+[ Home ]\r\n"},
-      {"no line end at the end", "[ Backup ]\r\na", "[ Backup ]\r\na\r\n+"},
-      {"no line end behind the section", "[ Backup ]", "[ Backup ]\r\n+"},
-      {"section without blanks, other case", "[backup] x\r\na\r\n[ Home ]\r\n",
-       "[backup] x\r\na\r\n+[ Home ]\r\n"},
-      {"the first of two sections", "[ Backup ]\r\n[ Home ]\r\n[ Backup ]\r\n",
-       "[ Backup ]\r\n+[ Home ]\r\n[ Backup ]\r\n"},
-      {"a bracket that is no section", "[ Backup ]\r\n[ Restore\r\na\r\n",
-       "[ Backup ]\r\n[ Restore\r\na\r\n+"},
-      {"Unix line ends", "[ Backup ]\na\n[ Home ]\n", "[ Backup ]\na\n+[ Home ]\n"},
-      {"only a mark", "", "[ Backup ]\r\n+"},
+  const std::string expected[] = {
+      "; mine\r\n[ Backup ]\r\na=1\r\n; c\r\n+[ Restore ]\r\nb\r\n",
+      "[ Backup ]\r\na\r\n\r\n+[ Home ]\r\n",       // an empty line before the next section
+      "[backup] x\r\na\r\n+[ Home ]\r\n",           // section without blanks, other case
+      "[ Backup ]\r\n+[ Home ]\r\n[ Backup ]\r\n",  // the first of two sections
+      "[ Backup ]\r\n[ Restore\r\na\r\n+",          // a bracket that is no section
+      "[ Backup ]\na\n+[ Home ]\n",
   };
-  for (const LayoutCase& given : cases) {
-    LogPlace log;
-    log.Fill(given.before);
-    EXPECT_TRUE(log.Write(L" Backup ", "entry"));
-    std::string expected = given.after;
-    expected.replace(expected.find('+'), 1, "2024/03/05 12:00:00:000=entry\r\n");
-    EXPECT_EQ(log.Text(), expected) << given.what;
+  for (const std::string& text : expected) {
+    std::string before = text;
+    ExpectEntryIn(LogPlace::Utf16(before.erase(before.find('+'), 1)), text);
   }
+  // What is missing is added.
+  ExpectEntryIn(LogPlace::Utf16("[ Backup ]\r\na"), "[ Backup ]\r\na\r\n+");
+  ExpectEntryIn(LogPlace::Utf16("[ Backup ]"), "[ Backup ]\r\n+");
+  ExpectEntryIn(LogPlace::Utf16(""), "[ Backup ]\r\n+");
 }
 
 // A log that an editor has saved in its own way stays readable, and becomes UTF-16 again.
@@ -81,19 +78,10 @@ TEST(ApplicationLog, TakesLogsOfOtherEncodings) {
   std::string bigEndian = "\xFE\xFF";
   for (size_t i = 2; i < utf16.size(); i += 2) bigEndian += {utf16[i + 1], utf16[i]};
   for (const std::string& bytes : {"\xEF\xBB\xBF" + text, utf16.substr(2), bigEndian}) {
-    LogPlace log;
-    WriteBytes(log.path.CStr(), bytes);
-    EXPECT_TRUE(log.Write(L" Backup ", "entry"));
-    EXPECT_EQ(log.Text(), "[ Backup ]\r\na=\xC3\xA9\r\n2024/03/05 12:00:00:000=entry\r\n[ Home ]\r\n");
+    ExpectEntryIn(bytes, "[ Backup ]\r\na=\xC3\xA9\r\n+[ Home ]\r\n");
   }
-  LogPlace plain;
-  WriteBytes(plain.path.CStr(), "[ Backup ]\r\na=1\r\n");
-  EXPECT_TRUE(plain.Write(L" Backup ", "entry"));
-  EXPECT_EQ(plain.Text(), "[ Backup ]\r\na=1\r\n2024/03/05 12:00:00:000=entry\r\n");
-  LogPlace empty;
-  WriteBytes(empty.path.CStr(), "");
-  EXPECT_TRUE(empty.Write(L" Backup ", "entry"));
-  EXPECT_EQ(empty.Text(), "[ Backup ]\r\n2024/03/05 12:00:00:000=entry\r\n");
+  ExpectEntryIn("[ Backup ]\r\na=1\r\n", "[ Backup ]\r\na=1\r\n+");
+  ExpectEntryIn("", "[ Backup ]\r\n+");
   LogPlace odd;
   WriteBytes(odd.path.CStr(), LogPlace::Utf16("[ Backup ]\r\na\r\n") + "x");
   EXPECT_TRUE(odd.Write(L" Backup ", "entry"));
@@ -125,17 +113,6 @@ TEST(ApplicationLog, WritesInFrontOfALongTail) {
   }
   log.Close();
   EXPECT_EQ(log.Text(), expected + "[ Restore ]\r\n" + tail);
-}
-
-// The room that a run was killed with is used by the next one, and doesn't stay.
-TEST(ApplicationLog, UsesTheRoomOfARunThatWasCutOff) {
-  const std::string tail = "[ Restore ]\r\n" + LogPlace::Lines(500, "old");
-  LogPlace log;
-  log.Fill("[ Backup ]\r\na\r\n" + std::string(300, ' ') + "\r\n" + tail);
-  EXPECT_TRUE(log.Write(L" Backup ", "b"));
-  EXPECT_EQ(log.TextWithoutBlankLines(), "[ Backup ]\r\na\r\n2024/03/05 12:00:00:000=b\r\n" + tail);
-  log.Close();
-  EXPECT_EQ(log.Text(), "[ Backup ]\r\na\r\n2024/03/05 12:00:00:000=b\r\n" + tail);
 }
 
 // What another program writes in between must neither be overwritten nor push an entry into a wrong
@@ -186,11 +163,15 @@ TEST(ApplicationLog, LosesNothingToASecondWriter) {
   }
 }
 
+UniqueFile Open(const LogPlace& log, DWORD share) {
+  return UniqueFile(CreateFileW(log.path.CStr(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
+}
+
 // A program that keeps the log must cost a run two seconds, and not two seconds for each failure.
 TEST(ApplicationLog, WaitsOnceForAFileThatIsHeld) {
   LogPlace log;
   EXPECT_TRUE(log.Write(L" Backup ", "before"));
-  UniqueFile holder(CreateFileW(log.path.CStr(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  UniqueFile holder = Open(log, 0);
   uint64_t start = GetTickCount64();
   EXPECT_FALSE(log.Write(L" Backup ", "lost"));
   uint64_t first = GetTickCount64() - start;
@@ -204,21 +185,15 @@ TEST(ApplicationLog, WaitsOnceForAFileThatIsHeld) {
   EXPECT_THAT(log.Text(), HasSubstr("=before\r\n2024/03/05 12:00:00:001=after\r\n[ Restore ]"));
 }
 
-// Someone who looks at the log while a backup runs must not cost it its entries.
-TEST(ApplicationLog, WritesWhileTheFileIsRead) {
-  LogPlace log;
-  EXPECT_TRUE(log.Write(L" Backup ", "a"));
-  UniqueFile reader(CreateFileW(log.path.CStr(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                OPEN_EXISTING, 0, nullptr));
-  EXPECT_TRUE(log.Write(L" Backup ", "b"));
-}
-
-// What can't be written is said, since a count of failures promises a list.
+// Someone who looks at the log while a backup runs must not cost it its entries. What can't be written is
+// said, since a count of failures promises a list.
 TEST(ApplicationLog, SaysThatItCouldNotWrite) {
   LogPlace log;
-  WString path = log.place.File("file") + L"\\Norvane.log";
-  ApplicationLog writer;
-  EXPECT_FALSE(writer.Write(path.CStr(), L" Backup ", L"x", kNoon));
+  EXPECT_TRUE(log.Write(L" Backup ", "a"));
+  const UniqueFile reader = Open(log, FILE_SHARE_READ | FILE_SHARE_WRITE);
+  EXPECT_TRUE(log.Write(L" Backup ", "b"));
+  log.path = log.place.File("file") + L"\\Norvane.log";
+  EXPECT_FALSE(log.Write(L" Backup ", "x"));
 }
 
 }  // namespace

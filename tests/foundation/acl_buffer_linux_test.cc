@@ -52,19 +52,13 @@ TEST(AclBuffer, InheritsFromARoot) {
   EXPECT_TRUE(DeleteFileW(path.CStr()));
 }
 
-// On a file the bit for a tree must not keep the list from being set.
-TEST(AclBuffer, TreeOfAFileIsTheFile) {
-  TestPlace place;
-  const WString file = place.File("file");
-  EXPECT_TRUE(Apply(file, 1, 0, kAclWholeTree | kAclProtected));
-  EXPECT_EQ(ListOf(file), (std::vector<Entry>{{1, 0}}));
-}
-
 TEST(AclBuffer, TreeInheritsFromItsTop) {
   const std::unique_ptr<uint8_t[]> privileges(EnableProcessPrivileges());
   TestPlace place;
   const WString file = place.File("tree/folder/file");
-  ASSERT_TRUE(Apply(file, 9, 0, kAclProtected));
+  // The bit for a tree means nothing on a file.
+  ASSERT_TRUE(Apply(file, 9, 0, kAclWholeTree | kAclProtected));
+  EXPECT_EQ(ListOf(file), (std::vector<Entry>{{9, 0}}));
   ASSERT_TRUE(Apply(place / "tree", 1, kInherit, kAclWholeTree | kAclProtected | kAclKeepExplicit));
   EXPECT_EQ(ListOf(place / "tree/folder"), (std::vector<Entry>{{1, kInherit | INHERITED_ACE}}));
   EXPECT_EQ(ListOf(file), (std::vector<Entry>{{9, 0}, {1, INHERITED_ACE}}));

@@ -49,14 +49,12 @@ TEST(AclBuffer, ReadsTheKindsThatItKnows) {
     alignas(ACL) BYTE space[256] = {};
     const auto acl = reinterpret_cast<ACL*>(space);
     ASSERT_TRUE(InitializeAcl(acl, sizeof(space), ACL_REVISION4));
-    alignas(ACE_HEADER) BYTE ace[64] = {};
-    const auto header = reinterpret_cast<ACE_HEADER*>(ace);
+    const auto header = reinterpret_cast<ACE_HEADER*>(acl + 1);
     header->AceType = c.kind;
     header->AceSize = c.size;
     header->AceFlags = NO_PROPAGATE_INHERIT_ACE;
     const TestSid sid(7);
-    for (DWORD offset : {8u, 44u}) CopyMemory(ace + offset, sid.bytes, 12);
-    CopyMemory(acl + 1, ace, c.size);
+    for (DWORD offset : {8u, 44u}) CopyMemory(reinterpret_cast<BYTE*>(header) + offset, sid.bytes, 12);
     acl->AceCount = 1;
     AceRecord record = {};
     ASSERT_EQ(ReadAce(acl, 0, record), c.isRead) << int{c.kind} << " of " << c.size;
@@ -99,7 +97,7 @@ TEST(AccessList, EntriesArePassedOnByTheirFlags) {
       const int expected = isDirectory ? c.atFolder : c.atFile;
       const std::vector<Entry> entries = ListedEntries(child.acl);
       ASSERT_EQ(entries.size(), expected < 0 ? 0u : 1u) << int{c.flags} << isDirectory;
-      for (const Entry& entry : entries) EXPECT_EQ(int{entry.flags}, expected) << int{c.flags} << isDirectory;
+      for (const Entry& entry : entries) EXPECT_EQ(entry.second, expected) << int{c.flags} << isDirectory;
     }
   }
 }

@@ -111,12 +111,9 @@ TEST_F(ForceDeleteLinks, SwappedForAFolderUnderWay) {
 void Deny(const WString& path) {
   AclBuffer buffer;
   ASSERT_TRUE(buffer.Prepare());
-  SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-  alignas(SID) BYTE stranger[SECURITY_MAX_SID_SIZE];
-  InitializeSid(stranger, &authority, 1);
-  *GetSidSubAuthority(stranger, 0) = 4711;
-  buffer.AddAllowAll(stranger, 0);
-  ASSERT_TRUE(buffer.ApplyToPath(path.CStr(), kAclProtected, stranger)) << GetLastError();
+  TestSid stranger(4711);
+  buffer.AddAllowAll(stranger.bytes, 0);
+  ASSERT_TRUE(buffer.ApplyToPath(path.CStr(), kAclProtected, stranger.bytes)) << GetLastError();
 }
 
 // Rights are taken only where they are asked for, and then nothing keeps them from being taken.
@@ -145,20 +142,24 @@ TEST(ForceDeleteRights, WhatStaysKeepsItsRights) {
   EXPECT_EQ(ListOf(kept), before);
 }
 
+int Seen(const WString& pattern, uint32_t filter) {
+  DirectoryEnumerator walk;
+  int seen = 0;
+  for (bool more = walk.First(pattern.CStr(), filter); more; more = walk.Next()) ++seen;
+  return seen;
+}
+
 TEST(ForceDeleteFaults, ListingThatBreaksOffIsAFailure) {
   TestPlace place;
-  for (const char* name : {"a", "b", "c"}) place.File(std::string("tree/") + name);
+  for (const char* name : {"tree/a", "tree/b", "tree/c"}) place.File(name);
   machine::FaultPlan plan;
   plan.call = "FindNextFileW";
   plan.nth = 4;  // "." and ".." are entries, too
   plan.error = ERROR_CRC;
   machine::SetFaults(plan);
-  DirectoryEnumerator walk;
-  int seen = 0;
-  for (bool more = walk.First((place / "tree/*").CStr(), 0); more; more = walk.Next()) ++seen;
+  EXPECT_EQ(Seen(place / "tree/*", 0), 2);
   EXPECT_FALSE(ListingEnded());
   EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
-  EXPECT_EQ(seen, 2);
   machine::SetFaults(plan);
   EXPECT_EQ(ForceDelete((place / "tree").CStr(), kDeleteTakeOwnership), kDeleteFailed);
   machine::ClearFaults();
@@ -169,15 +170,9 @@ TEST(DirectoryEnumeratorLinks, AreLeftOutWhenAsked) {
   place.File("docs/a.txt");
   place.Folder("docs/sub");
   place.Link("docs/loop", "docs");
-  const auto count = [&](uint32_t filter) {
-    DirectoryEnumerator walk;
-    int seen = 0;
-    for (bool more = walk.First((place / "docs/*").CStr(), filter); more; more = walk.Next()) ++seen;
-    return seen;
-  };
-  EXPECT_EQ(count(0), 3);
-  EXPECT_EQ(count(kSkipReparsePoints), 2);
-  EXPECT_EQ(count(kSkipReparsePoints | kOnlyDirectories), 1);
+  EXPECT_EQ(Seen(place / "docs/*", 0), 3);
+  EXPECT_EQ(Seen(place / "docs/*", kSkipReparsePoints), 2);
+  EXPECT_EQ(Seen(place / "docs/*", kSkipReparsePoints | kOnlyDirectories), 1);
 }
 
 }  // namespace

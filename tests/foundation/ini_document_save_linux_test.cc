@@ -1,35 +1,15 @@
 // Saving under faults: the file is the old or the new one, whatever fails and wherever the process ends.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "foundation/ini_document.h"
+#include "foundation/changed_document.h"
 #include "machine/faults.h"
-#include "support/test_place.h"
 
 namespace {
-
-using namespace std::string_literals;
-
-constexpr char kOld[] = "[s]\r\na=1\r\n";
-const std::string kNew =
-    "\xff\xfe"
-    "[\0s\0]\0\r\0\n\0a\0=\0"
-    "2\0\r\0\n\0"s;
-
-struct OldAndNew {
-  TestPlace place;
-  IniDocument document;
-
-  OldAndNew() {
-    document.Load(place.File("x.ini", kOld).CStr(), false);
-    document.SetValue(L"s", L"a", L"2");
-  }
-};
 
 // A save that reports success without the new file, or that fails and has lost the old one.
 TEST(IniDocumentSave, KeepsTheOldFileWhenAnyCallFails) {
   for (uint64_t nth = 1; nth < 100; ++nth) {
-    OldAndNew test;
+    ChangedDocument test;
     machine::FaultPlan plan;
     plan.path = "*x.ini*";
     plan.nth = nth;
@@ -38,7 +18,7 @@ TEST(IniDocumentSave, KeepsTheOldFileWhenAnyCallFails) {
     const bool isSaved = test.document.Save();
     const bool wasHit = machine::FaultCalls() >= nth;
     machine::ClearFaults();
-    EXPECT_EQ(test.place.Read("x.ini"), isSaved ? kNew : kOld) << nth;
+    EXPECT_EQ(test.place.Read("x.ini"), isSaved ? test.after : test.before) << nth;
     EXPECT_TRUE(test.document.Save()) << "a leftover is in the way after " << nth;
     EXPECT_EQ(test.place.List().size(), 1u) << nth;
     if (!wasHit) {
@@ -51,14 +31,14 @@ TEST(IniDocumentSave, KeepsTheOldFileWhenAnyCallFails) {
 
 TEST(IniDocumentSave, KeepsTheOldFileOnAFullDisk) {
   for (int64_t room : {0, 1, 2, 10}) {
-    OldAndNew test;
+    ChangedDocument test;
     machine::FaultPlan plan;
     plan.bytesLeft = room;
     machine::SetFaults(plan);
     EXPECT_FALSE(test.document.Save());
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
     machine::ClearFaults();
-    EXPECT_EQ(test.place.Read("x.ini"), kOld);
+    EXPECT_EQ(test.place.Read("x.ini"), test.before);
     EXPECT_EQ(test.place.List().size(), 1u);
   }
 }
@@ -67,7 +47,7 @@ TEST(IniDocumentSave, KeepsTheOldFileOnAFullDisk) {
 TEST(IniDocumentSaveDeathTest, LeavesTheOldOrTheNewFileWhereverItEnds) {
   for (uint64_t change = 1;; ++change) {
     ASSERT_LT(change, 50u);
-    OldAndNew test;
+    ChangedDocument test;
     bool isWhole = false;
     EXPECT_EXIT(
         {
@@ -75,7 +55,7 @@ TEST(IniDocumentSaveDeathTest, LeavesTheOldOrTheNewFileWhereverItEnds) {
           plan.endAtChange = change;
           machine::SetFaults(plan);
           test.document.Save();
-          _exit(test.place.Read("x.ini") == kNew ? 7 : 8);
+          _exit(test.place.Read("x.ini") == test.after ? 7 : 8);
         },
         [&isWhole](int status) {
           isWhole = WIFEXITED(status) && WEXITSTATUS(status) == 7;
@@ -83,7 +63,7 @@ TEST(IniDocumentSaveDeathTest, LeavesTheOldOrTheNewFileWhereverItEnds) {
         },
         "");
     const std::string now = test.place.Read("x.ini");
-    EXPECT_TRUE(now == kOld || now == kNew) << change;
+    EXPECT_TRUE(now == test.before || now == test.after) << change;
     EXPECT_TRUE(test.document.Save()) << change;
     EXPECT_EQ(test.place.List().size(), 1u) << change;
     if (isWhole) {

@@ -4,7 +4,7 @@
 #pragma once
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <utility>
 #include <vector>
 
 #include "foundation/access_list.h"
@@ -22,14 +22,7 @@ struct TestSid {
   }
 };
 
-struct Entry {
-  DWORD number;
-  BYTE flags;
-  bool operator==(const Entry& other) const { return number == other.number && flags == other.flags; }
-};
-inline void PrintTo(const Entry& entry, std::ostream* out) {
-  *out << entry.number << "/" << int{entry.flags};
-}
+using Entry = std::pair<DWORD, int>;  // the last part of the SID, the flags
 
 inline std::vector<Entry> ListedEntries(ACL* acl) {
   std::vector<Entry> entries;
@@ -37,7 +30,7 @@ inline std::vector<Entry> ListedEntries(ACL* acl) {
   for (uint32_t index = 0; ReadAce(acl, index, record); ++index) {
     void* ace = nullptr;
     GetAce(acl, index, &ace);
-    entries.push_back({*GetSidSubAuthority(record.sid, 0), static_cast<ACE_HEADER*>(ace)->AceFlags});
+    entries.emplace_back(*GetSidSubAuthority(record.sid, 0), static_cast<ACE_HEADER*>(ace)->AceFlags);
   }
   EXPECT_EQ(entries.size(), acl->AceCount);
   return entries;

@@ -51,6 +51,7 @@ TEST_F(MachineProcesses, ThreadActsAsTheSystemUntilItReverts) {
         UniqueFile(CreateFileW(path.CStr(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)));
   };
   EXPECT_FALSE(mayRead());
+  EXPECT_EQ(ImpersonateProcess(L"no such program.exe"), nullptr);
   const UniqueHandle token(ImpersonateProcess(L"WinLogon.exe"));
   ASSERT_TRUE(token);
   EXPECT_TRUE(mayRead());

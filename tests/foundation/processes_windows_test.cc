@@ -57,6 +57,7 @@ TEST(RunningProcesses, RedirectionIsOnlyOffMeanwhile) {
 }
 
 TEST(RunningProcesses, ThreadTakesOnAnIdentity) {
+  EXPECT_EQ(ImpersonateProcess(L"no such program.exe"), nullptr);
   wchar_t own[MAX_PATH];
   GetModuleFileNameW(nullptr, own, MAX_PATH);
   UniqueHandle token(ImpersonateProcess(CharUpperW(WString(own).LastComponent().CStr())));

@@ -27,17 +27,22 @@ class Registry : public testing::Test {
   }
 };
 
-std::string StoredBytes(HKEY key, const wchar_t* name) {
-  char bytes[256];
-  DWORD size = sizeof(bytes);
-  const LSTATUS error = RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(bytes), &size);
-  EXPECT_EQ(error, ERROR_SUCCESS);
-  return error == ERROR_SUCCESS ? std::string(bytes, size) : std::string();
+// The text of a value, or "(none)".
+std::string Text(const wchar_t* path, const wchar_t* name) {
+  const UniqueKey key(OpenKey(path, KEY_READ));
+  WString text(L"old");
+  const bool isText = QueryStringValue(key.Get(), name, text);
+  EXPECT_TRUE(isText || text.IsEmpty());
+  return isText ? Utf8(text) : "(none)";
 }
 
-bool StoreBytes(HKEY key, DWORD type, const std::string& bytes) {
-  return RegSetValueExW(key, L"value", 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
-                        static_cast<DWORD>(bytes.size())) == ERROR_SUCCESS;
+std::string StoredBytes(const wchar_t* name) {
+  const UniqueKey key(OpenKey(kBase, KEY_READ));
+  std::string bytes(256, '?');
+  DWORD size = 256;
+  EXPECT_EQ(RegQueryValueExW(key.Get(), name, nullptr, nullptr, reinterpret_cast<BYTE*>(bytes.data()), &size),
+            ERROR_SUCCESS);
+  return bytes.substr(0, size);
 }
 
 // A root that is missed sends a write to nowhere; a view that is missed sends it to the other half.
@@ -88,9 +93,7 @@ TEST_F(Registry, OpeningTellsWhyItFailed) {
   const UniqueKey again(OpenKey(kBase, KEY_READ));
   EXPECT_TRUE(again);
   EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
-}
 
-TEST_F(Registry, RootsOpenWithoutAKey) {
   EXPECT_TRUE(UniqueKey(OpenKey(L"HKLM", KEY_READ)));
   EXPECT_TRUE(UniqueKey(CreateKey(L"HKCU")));
   EXPECT_TRUE(KeyExists(L"HKLM64"));
@@ -103,95 +106,68 @@ TEST_F(Registry, ViewsAreApart) {
   EXPECT_FALSE(KeyExists(L"HKLM32\\Software\\Norvane test"));
   EXPECT_FALSE(KeyExists(L"HKLM\\Software\\Norvane test"));
   ASSERT_TRUE(key.CreateAndSetValue(L"HKLM\\Software\\Norvane test", L"value", REG_SZ, L"32"));
-  const UniqueKey other(OpenKey(L"HKLM32\\Software\\Norvane test", KEY_READ));
-  WString text;
-  EXPECT_TRUE(QueryStringValue(other.Get(), L"value", text));
-  EXPECT_EQ(text, L"32");
+  EXPECT_EQ(Text(L"HKLM32\\Software\\Norvane test", L"value"), "32");
 }
 
-// A size that is wrong cuts a text or stores what lies behind it in memory.
-TEST_F(Registry, SizeFollowsFromTheType) {
+// A size that is wrong cuts a text or stores what lies behind it in memory; and what other programs stored
+// need not be well formed.
+TEST_F(Registry, ValuesAreStoredByTheirTypeAndReadAsTheyCome) {
   const uint64_t number = 0x1122334455667788;
   struct Case {
     DWORD type;
-    const void* data;
+    const void* data;  // null: stored by another program
     std::string stored;
+    const char* text;
   };
   const Case cases[] = {
-      {REG_DWORD, &number, "\x88\x77\x66\x55"},
-      {REG_DWORD_BIG_ENDIAN, &number, "\x88\x77\x66\x55"},
-      {REG_QWORD, &number, "\x88\x77\x66\x55\x44\x33\x22\x11"},
-      {REG_SZ, L"ab", "a\0b\0\0\0"s},
-      {REG_EXPAND_SZ, L"%", "%\0\0\0"s},
-      {REG_SZ, L"", "\0\0"s},
-      {REG_SZ, nullptr, ""},
-      {REG_BINARY, &number, ""},
-      {REG_MULTI_SZ, L"a\nb\n\n", "a\0\0\0b\0\0\0\0\0"s},
-      {REG_MULTI_SZ, L"\n", "\0\0\0\0\0\0"s},
-      {REG_MULTI_SZ, L"", ""},
+      {REG_DWORD, &number, "\x88\x77\x66\x55", "(none)"},
+      {REG_DWORD_BIG_ENDIAN, &number, "\x88\x77\x66\x55", "(none)"},
+      {REG_QWORD, &number, "\x88\x77\x66\x55\x44\x33\x22\x11", "(none)"},
+      {REG_SZ, L"ab", "a\0b\0\0\0"s, "ab"},
+      {REG_SZ, nullptr, "a\0b\0"s, "ab"},   // no terminator
+      {REG_SZ, nullptr, "a\0b\0c"s, "ab"},  // half a unit
+      {REG_SZ, L"", "\0\0"s, ""},
+      {REG_SZ, nullptr, "", ""},
+      {REG_EXPAND_SZ, L"%A%", "%\0A\0%\0\0\0"s, "%A%"},
+      {REG_BINARY, &number, "", "(none)"},
+      {REG_BINARY, nullptr, "a\0\0\0"s, "(none)"},
+      {REG_MULTI_SZ, L"a\nb\n\n", "a\0\0\0b\0\0\0\0\0"s, "a\nb"},
+      {REG_MULTI_SZ, nullptr, "a\0\0\0b\0"s, "a\nb"},
+      {REG_MULTI_SZ, L"\n", "\0\0\0\0\0\0"s, nullptr},
+      {REG_MULTI_SZ, L"", "", nullptr},
   };
   RegistryKey key;
   EXPECT_FALSE(key.SetValue(L"value", REG_SZ, L"no key is open"));
   ASSERT_TRUE(key.CreateAndSetValue(kBase, nullptr, 0, nullptr));
-  key.Close();
-  key.key = CreateKey(kBase);
   for (const Case& c : cases) {
-    EXPECT_TRUE(key.SetValue(L"value", c.type, c.data));
-    EXPECT_EQ(StoredBytes(key.key, L"value"), c.stored) << c.type;
+    SCOPED_TRACE(testing::Message() << c.type << " of " << c.stored.size());
+    if (c.data != nullptr) {
+      EXPECT_TRUE(key.SetValue(L"value", c.type, c.data));
+      EXPECT_EQ(StoredBytes(L"value"), c.stored);
+    } else {
+      ASSERT_EQ(RegSetValueExW(key.key, L"value", 0, c.type, reinterpret_cast<const BYTE*>(c.stored.data()),
+                               static_cast<DWORD>(c.stored.size())),
+                ERROR_SUCCESS);
+    }
+    if (c.text != nullptr) {
+      EXPECT_EQ(Text(kBase, L"value"), c.text);
+    }
   }
+  EXPECT_TRUE(key.SetValue(L"value", REG_SZ, nullptr));
+  EXPECT_EQ(StoredBytes(L"value"), "");
 }
 
-// What other programs stored need not be well formed.
-TEST_F(Registry, TextValuesAreReadAsTheyCome) {
-  struct Case {
-    DWORD type;
-    std::string stored;
-    bool isText;
-    const char* text;
-  };
-  const Case cases[] = {
-      {REG_SZ, "a\0b\0\0\0"s, true, "ab"},
-      {REG_SZ, "a\0b\0"s, true, "ab"},   // no terminator
-      {REG_SZ, "a\0b\0c"s, true, "ab"},  // half a unit
-      {REG_SZ, "", true, ""},
-      {REG_EXPAND_SZ, "%\0A\0%\0\0\0"s, true, "%A%"},
-      {REG_MULTI_SZ, "a\0\0\0b\0\0\0\0\0"s, true, "a\nb"},
-      {REG_MULTI_SZ, "a\0\0\0b\0"s, true, "a\nb"},
-      {REG_BINARY, "a\0\0\0"s, false, ""},
-      {REG_DWORD, "1234", false, ""},
-  };
-  const UniqueKey key(CreateKey(kBase));
-  for (const Case& c : cases) {
-    ASSERT_TRUE(StoreBytes(key.Get(), c.type, c.stored));
-    WString text(L"old");
-    EXPECT_EQ(QueryStringValue(key.Get(), L"value", text), c.isText) << c.type;
-    EXPECT_EQ(Utf8(text), c.text) << c.type << " of " << c.stored.size();
+TEST_F(Registry, ReadsAndDeletesAValueByItsName) {
+  RegistryKey key;
+  for (const wchar_t* name : {L"", L"a", L"b"}) {
+    ASSERT_TRUE(key.CreateAndSetValue(kBase, name, REG_SZ, L"text"));
   }
-  WString text(L"old");
-  EXPECT_FALSE(QueryStringValue(key.Get(), L"missing", text));
-  EXPECT_EQ(text, L"");
-}
-
-TEST_F(Registry, EmptyNameIsTheDefaultValue) {
-  RegistryKey key;
-  ASSERT_TRUE(key.CreateAndSetValue(kBase, L"", REG_SZ, L"default"));
-  WString text;
-  const UniqueKey reader(OpenKey(kBase, KEY_READ));
-  EXPECT_TRUE(QueryStringValue(reader.Get(), L"", text));
-  EXPECT_TRUE(QueryStringValue(reader.Get(), nullptr, text));
-  EXPECT_EQ(text, L"default");
-}
-
-TEST_F(Registry, DeletesAValueAndKeepsItsKey) {
-  RegistryKey key;
-  ASSERT_TRUE(key.CreateAndSetValue(kBase, L"a", REG_SZ, L"1"));
-  ASSERT_TRUE(key.SetValue(L"b", REG_SZ, L"2"));
   EXPECT_TRUE(key.DeleteValueOrTree(kBase, L"a"));
   EXPECT_FALSE(key.DeleteValueOrTree(kBase, L"a"));
-  WString text;
-  const UniqueKey reader(OpenKey(kBase, KEY_READ));
-  EXPECT_FALSE(QueryStringValue(reader.Get(), L"a", text));
-  EXPECT_TRUE(QueryStringValue(reader.Get(), L"b", text));
+  EXPECT_EQ(Text(kBase, L"a"), "(none)");
+  EXPECT_EQ(Text(kBase, L"b"), "text");
+  EXPECT_EQ(Text(kBase, L""), "text");
+  EXPECT_EQ(Text(kBase, nullptr), "text");
 }
 
 // A walk from the first subkey on would skip every second one, and a key with subkeys can't be deleted.

@@ -3,28 +3,12 @@
 
 #include "foundation/registry.h"
 #include "foundation/unique_handle.h"
-#include "support/test_place.h"
+#include "users/console_user.h"
 
 namespace {
 
 const wchar_t kTarget[] = L"HKCU\\Software\\Norvane test target";
 const wchar_t kTree[] = L"HKCU\\Software\\Norvane test tree";
-
-// The kernel's name of a key that lies below the current user's.
-WString KernelName(const wchar_t* below) {
-  HANDLE token = nullptr;
-  EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token));
-  BYTE user[256];
-  DWORD size = sizeof(user);
-  EXPECT_TRUE(GetTokenInformation(token, TokenUser, user, size, &size));
-  CloseHandle(token);
-  UniqueLocalMemory text;
-  const auto convert = reinterpret_cast<BOOL(WINAPI*)(PSID, LPWSTR*)>(
-      reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"advapi32.dll"), "ConvertSidToStringSidW")));
-  EXPECT_TRUE(
-      convert(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, reinterpret_cast<LPWSTR*>(text.Receive())));
-  return WString(L"\\Registry\\User\\") + static_cast<wchar_t*>(text.Get()) + L"\\" + below;
-}
 
 // Somebody who may write below HKCU could have keys of others deleted by a program with more rights.
 TEST(RegistryLinks, DeleteTreeDoesNotFollowALink) {
@@ -37,7 +21,7 @@ TEST(RegistryLinks, DeleteTreeDoesNotFollowALink) {
                             REG_OPTION_CREATE_LINK, KEY_SET_VALUE | KEY_CREATE_LINK, nullptr, link.Receive(),
                             nullptr),
             ERROR_SUCCESS);
-  const WString target = KernelName(L"Software\\Norvane test target");
+  const WString target = L"\\Registry\\User\\" + ProcessUserSid() + L"\\Software\\Norvane test target";
   ASSERT_EQ(RegSetValueExW(link.Get(), L"SymbolicLinkValue", 0, REG_LINK,
                            reinterpret_cast<const BYTE*>(target.CStr()),
                            static_cast<DWORD>(target.Length()) * sizeof(wchar_t)),

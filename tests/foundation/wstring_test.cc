@@ -21,10 +21,8 @@ TEST(WString, CountsAgainAfterTheBufferWasWritten) {
   EXPECT_EQ(text.Length(), 3);
   EXPECT_EQ(text, L"abc");
 
-  WString cleared;
-  cleared.Reserve(4, nullptr, true);
-  cleared.buffer[0] = L'x';
-  EXPECT_EQ(cleared.Length(), 1);
+  text.Reserve(4, nullptr, true)[0] = L'x';
+  EXPECT_EQ(text.Length(), 1);
 }
 
 // A null buffer handed to a system call, or a copy that shares one, would end the program.
@@ -107,52 +105,29 @@ TEST(WString, CutsAtBothEnds) {
   EXPECT_TRUE(null.ok);
 }
 
-TEST(WString, TakesOverATextWithoutCopy) {
-  wchar_t* units = AllocateUnits(3);
-  units[0] = L'h';
-  units[1] = L'i';
-  units[2] = 0;
-  WString text(L"old");
-  text.Attach(units, false);
-  EXPECT_EQ(text.buffer, units);
-  EXPECT_EQ(text.Length(), 2);
-  WString copied;
-  copied.Attach(units, true);
-  EXPECT_NE(copied.buffer, units);
-  EXPECT_EQ(copied, L"hi");
-  text.Attach(nullptr, false);
-  EXPECT_NE(text.buffer, nullptr);
-}
-
-struct FindCase {
-  const wchar_t* text;
-  const wchar_t* needle;
-  bool caseSensitive;
-  int32_t occurrence, start, span;
-  int32_t position;
-};
-
 // Off by one in a position cuts every path of the program in the wrong place.
 TEST(WString, FindsTheWantedMatch) {
-  const FindCase cases[] = {
+  struct Case {
+    const wchar_t* text;
+    const wchar_t* needle;
+    bool caseSensitive;
+    int32_t occurrence, start, span;
+    int32_t position;
+  };
+  const Case cases[] = {
       {L"aaa", L"aa", true, 2, 1, 0, 2},  // matches overlap
-      {L"aaa", L"aa", true, -1, 1, 0, 2},
       {L"aaa", L"aa", true, -2, 1, 0, 1},
       {L"aaa", L"aa", true, -3, 1, 0, 0},
       {L"aaa", L"aa", true, 3, 1, 0, 0},
       {L"aaa", L"aa", true, 0, 0, 0, 1},  // 0 counts as the first, position 0 as 1
-      {L"", L"a", true, 1, 1, 0, 0},
       {L"", L"a", true, -1, 1, 0, 0},
       {nullptr, L"a", true, -1, 1, 0, 0},
       {L"abc", L"", true, -1, 1, 0, 0},
       {L"abc", nullptr, true, 1, 1, 0, 0},
       {L"abc", L"abcd", true, 1, 1, 0, 0},
-      {L"abcabc", L"abc", true, 1, 2, 0, 4},
-      {L"abcabc", L"abc", true, 1, 4, 0, 4},
       {L"abcabc", L"abc", true, 1, 5, 0, 0},
       {L"abcabc", L"abc", true, 1, 2, 4, 0},  // the span ends in front of the match's last unit
       {L"abcabc", L"abc", true, 1, 2, 5, 4},
-      {L"abcabc", L"abc", true, 1, 1, 2, 0},
       {L"abcabc", L"abc", true, -1, 1, 1, 0},
       {L"abcabc", L"abc", true, -1, 1, 5, 1},  // the last place where it fits inside the span
       {L"abcabc", L"abc", true, -1, 2, 0, 4},
@@ -160,15 +135,13 @@ TEST(WString, FindsTheWantedMatch) {
       {L"abcabc", L"abc", true, 1, 1, 700, 1},
       {L"\\\\server", L"\\\\", true, 1, 1, 2, 1},
       {L"C:\\\\x", L"\\\\", true, 1, 1, 2, 0},
-      {L"C:\\a\\b.txt", L"\\", true, -1, 1, 0, 5},
       {L"C:\\Program Files", L"PROGRAM", false, 1, 1, 0, 4},
       {L"C:\\Program Files", L"PROGRAM", true, 1, 1, 0, 0},
-      {L"xÄy", L"Ä", false, 1, 1, 0, 2},
       {L"xÄy", L"ä", false, 1, 1, 0, 0},  // only A to Z are folded
       {L"@[", L"`{", false, 1, 1, 0, 0},  // the neighbours of A and Z aren't
   };
-  for (const FindCase& c : cases) {
-    const WString text = c.text == nullptr ? WString() : WString(c.text);
+  for (const Case& c : cases) {
+    const WString text = Made(c.text);
     EXPECT_EQ(text.Find(c.needle, c.caseSensitive, c.occurrence, c.start, c.span), c.position)
         << Utf8(text) << " / " << Utf8(c.needle != nullptr ? c.needle : L"(null)") << " " << c.occurrence
         << " " << c.start << " " << c.span;
@@ -195,7 +168,6 @@ TEST(WString, ReplacesInPlaceAndGrowing) {
       {L"aXbx", L"x", L"y", 0, false, L"ayby", true},
       {L"aXbx", L"x", L"y", 0, true, L"aXby", true},
       {L"abc", L"x", L"y", 0, true, L"abc", true},  // no match: only the text counts
-      {L"abc", L"abcd", L"y", 0, true, L"abc", true},
       {L"abc", L"b", L"y", 2, true, L"abc", true},
       {L"abc", L"", L"y", 0, true, L"abc", true},
       {L"", L"a", L"y", 0, true, L"", false},
@@ -268,71 +240,50 @@ TEST(WString, TrimsByFlags) {
 
 // A character left in would make folders of a backup's name, or none at all.
 TEST(WString, StripsWhatFileNamesCannotHold) {
-  WString name(L"a\\b/c:d*e?f\"g<h>i|j.k'l");
+  WString name(L"a\\b/c:d*e?f\"g<h>i|j.k'l (Anna)");
   EXPECT_EQ(name.StripFileNameChars(), 9u);
-  EXPECT_EQ(name, L"abcdefghij.k'l");
-  WString clean(L"PC (Anna)");
-  EXPECT_EQ(clean.StripFileNameChars(), 0u);
-  EXPECT_EQ(clean, L"PC (Anna)");
+  EXPECT_EQ(name, L"abcdefghij.k'l (Anna)");
+  EXPECT_EQ(name.StripFileNameChars(), 0u);
   WString forbidden(L"<>:\"/\\|?*");
   EXPECT_EQ(forbidden.StripFileNameChars(), 9u);
   EXPECT_EQ(forbidden.Length(), 0);
   EXPECT_EQ(WString().StripFileNameChars(), 0u);
 }
 
-struct PathCase {
-  const wchar_t* path;
-  const wchar_t* result;
-};
-
-TEST(WString, CutsPathsAtTheirLastBackslash) {
-  for (const PathCase& c : {PathCase{L"C:\\Users\\", L"C:"},
-                            {L"C:\\", L"C:"},
-                            {L"C:", L"C:"},
-                            {L"abc", L"abc"},
-                            {L"C:\\Users\\Bob", L"C:\\Users"},
-                            {L"C:\\a\\\\\\", L"C:"},
-                            {L"\\\\server", L"\\\\server"},
-                            {L"\\\\server\\share", L"\\\\server"},
-                            {L"", L""},
-                            {L"\\", L""},
-                            {L"\\\\?\\C:\\a", L"\\\\?\\C:"}}) {
-    EXPECT_EQ(WString(c.path).ParentPath(false), c.result) << Utf8(c.path);
-  }
-  for (const PathCase& c : {PathCase{L"C:\\Users\\Bob", L"C:\\Users\\"},
-                            {L"C:\\Users\\Bob\\", L"C:\\Users\\"},
-                            {L"C:", L"C:\\"},
-                            {L"C:\\", L"C:\\"},
-                            {L"abc", L"abc\\"}}) {
-    EXPECT_EQ(WString(c.path).ParentPath(true), c.result) << Utf8(c.path);
-  }
-}
-
-TEST(WString, TakesTheLastComponent) {
-  for (const PathCase& c : {PathCase{L"C:\\a\\b.txt", L"b.txt"},
-                            {L"C:\\a\\", L""},
-                            {L"C:", L""},
-                            {L"abc", L"abc"},
-                            {L":", L":"},
-                            {L"C:\\a", L"a"},
-                            {L"", L""}}) {
-    EXPECT_EQ(WString(c.path).LastComponent(), c.result) << Utf8(c.path);
+// A component cut off wrongly names another folder; a prefix in front of a UNC path or a relative one makes
+// a path that no call takes.
+TEST(WString, TakesPathsApart) {
+  struct Case {
+    const wchar_t* path;
+    const wchar_t* parent;
+    const wchar_t* parentWithBackslash;
+    const wchar_t* last;
+    const wchar_t* prefixed;
+  };
+  const Case cases[] = {
+      {L"C:\\Users\\Bob", L"C:\\Users", L"C:\\Users\\", L"Bob", L"\\\\?\\C:\\Users\\Bob"},
+      {L"C:\\Users\\Bob\\", L"C:\\Users", L"C:\\Users\\", L"", L"\\\\?\\C:\\Users\\Bob\\"},
+      {L"C:\\a\\\\\\", L"C:", L"C:\\", L"", L"\\\\?\\C:\\a\\\\\\"},
+      {L"C:\\", L"C:", L"C:\\", L"", L"\\\\?\\C:\\"},
+      {L"C:", L"C:", L"C:\\", L"", L"\\\\?\\C:"},
+      {L"C", L"C", L"C\\", L"C", L"C"},
+      {L":", L":", L":\\", L":", L":"},
+      {L"abc", L"abc", L"abc\\", L"abc", L"abc"},
+      {L"ab\\c", L"ab", L"ab\\", L"c", L"ab\\c"},
+      {L"\\\\server", L"\\\\server", L"\\\\server\\", L"server", L"\\\\server"},
+      {L"\\\\server\\share", L"\\\\server", L"\\\\server\\", L"share", L"\\\\server\\share"},
+      {L"\\\\?\\C:\\a", L"\\\\?\\C:", L"\\\\?\\C:\\", L"a", L"\\\\?\\C:\\a"},
+      {L"\\", L"", L"\\", L"", L"\\"},
+      {L"", L"", L"\\", L"", L""},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(WString(c.path).ParentPath(false), c.parent) << Utf8(c.path);
+    EXPECT_EQ(WString(c.path).ParentPath(true), c.parentWithBackslash) << Utf8(c.path);
+    EXPECT_EQ(WString(c.path).LastComponent(), c.last) << Utf8(c.path);
+    EXPECT_EQ(WString(c.path).AddLongPathPrefix(), c.prefixed) << Utf8(c.path);
   }
   EXPECT_FALSE(WString(L"abc").LastComponent().ok);
   EXPECT_TRUE(WString(L"a\\b").LastComponent().ok);
-}
-
-// A prefix in front of a UNC path or a relative one makes a path that no call takes.
-TEST(WString, PutsTheLongPathPrefixBeforeDrivesOnly) {
-  for (const PathCase& c : {PathCase{L"C:\\a", L"\\\\?\\C:\\a"},
-                            {L"C:", L"\\\\?\\C:"},
-                            {L"\\\\s\\a", L"\\\\s\\a"},
-                            {L"\\\\?\\C:\\a", L"\\\\?\\C:\\a"},
-                            {L"a\\b", L"a\\b"},
-                            {L"C", L"C"},
-                            {L"", L""}}) {
-    EXPECT_EQ(WString(c.path).AddLongPathPrefix(), c.result) << Utf8(c.path);
-  }
 }
 
 TEST(WString, WritesNumbers) {
@@ -343,8 +294,6 @@ TEST(WString, WritesNumbers) {
   EXPECT_EQ(text, L"4294967295");
   text.FromInt32(INT32_MIN);
   EXPECT_EQ(text, L"-2147483648");
-  text.FromInt32(-1);
-  EXPECT_EQ(text, L"-1");
   text.FromUInt64(~0ull);
   EXPECT_EQ(text, L"18446744073709551615");
 }
@@ -373,11 +322,10 @@ TEST(WString, ReadsNumbersAsTheRuntimeDoes) {
   for (const Case& c : cases) {
     WString text = Made(c.text);
     EXPECT_EQ(text.ToUInt32(), c.narrow) << Utf8(text);
+    EXPECT_EQ(text.ok, c.ok) << Utf8(text);
     text = Made(c.text);
     EXPECT_EQ(text.ToUInt64(), c.wide) << Utf8(text);
-    text = Made(c.text);
-    text.ToUInt32();
-    EXPECT_EQ(text.ok, c.ok);
+    EXPECT_EQ(text.ok, c.ok) << Utf8(text);
   }
 }
 
@@ -387,10 +335,8 @@ TEST(WString, DecodesBytes) {
   EXPECT_EQ(text, L"\u00c4\u20ac\U0001F600");
   EXPECT_EQ(text.Length(), 4);
   EXPECT_TRUE(text.ok);
-  text.FromUtf8(
-      "a\xff"
-      "b");  // no byte may be lost in silence
-  EXPECT_EQ(text, L"a\ufffdb");
+  text.FromUtf8("a\xff!");  // no byte may be lost in silence
+  EXPECT_EQ(text, L"a\ufffd!");
   text.FromAnsi("\xc4x");  // one byte, one unit, in whatever code page the system has
   EXPECT_EQ(text.Length(), 2);
   for (const char* nothing : {static_cast<const char*>(nullptr), ""}) {
@@ -399,19 +345,6 @@ TEST(WString, DecodesBytes) {
     EXPECT_NE(text.buffer, nullptr);
     EXPECT_FALSE(text.ok);
   }
-}
-
-TEST(WString, SwapsBigEndianUnits) {
-  const wchar_t units[] = {0x4100, 0xac20, 0, 0x4200, 0};
-  WString text;
-  text.FromUtf16BE(units, 0);
-  EXPECT_EQ(text, L"A\u20ac");
-  text.FromUtf16BE(units, 1);
-  EXPECT_EQ(text, L"A");
-  EXPECT_EQ(text.length, 1);
-  text.ok = false;
-  text.FromUtf16BE(units, 2);
-  EXPECT_EQ(text, L"A");
 }
 
 // Two accounts or temporary files of the same name would come of a repeated identifier.

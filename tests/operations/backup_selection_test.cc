@@ -4,16 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "support/account_place.h"
+#include "support/array_rows.h"
 
 namespace {
 
 using testing::ElementsAre;
-
-std::vector<std::string> Rows(const WStringArray& list) {
-  std::vector<std::string> rows;
-  for (uint32_t i = 0; i < list.count; i++) rows.push_back(Utf8(list[i]));
-  return rows;
-}
 
 void Fill(WStringArray& list, std::vector<bool>& ticked,
           const std::vector<std::pair<std::string, bool>>& rows) {
@@ -49,7 +44,7 @@ TEST_F(BackupSelectionTest, IsWrittenInTheOrderOfTheFormat) {
   FillUsers(selection, {{"Anna", true}, {"Bob", false}, {"Eve", false}});
   FillExtra(selection, {{"C:\\Data", true}, {"D:\\Other", false}, {"D:\\", true}});
   WriteBackupSelection(document, selection);
-  EXPECT_THAT(Rows(document.lines),
+  EXPECT_THAT(ArrayRows(document.lines),
               ElementsAre("[Settings]", "UserFolders=255", "BackupOptions=0", "SkipAttributes=6", "[Users]",
                           "Anna=2|Anna Berg", "Bob=1|Bob", "Eve=0|Eve|x", "[BackupUsers]", "Anna=1",
                           "[ExtraFolders]", "C:\\Data=1", "D:\\Other=0", "[NewExtraFolders]",
@@ -70,7 +65,7 @@ TEST_F(BackupSelectionTest, RebuildsWhatIsBackedUpAndKeepsWhatIsListed) {
   selection.skipAttributes = kSkipSystemFiles;
   WriteBackupSelection(document, selection);
 
-  EXPECT_THAT(Rows(document.lines),
+  EXPECT_THAT(ArrayRows(document.lines),
               ElementsAre("[Settings]", "UserFolders=144", "BackupOptions=1", "SkipAttributes=4", "[Users]",
                           "Anna=2|Anna Berg", "Bob=1|Bob", "[ExtraFolders]", "C:\\Data=0", "C:\\Gone=1",
                           "[RTBackupUsers]", "Anna=Bob", "[BackupUsers]", "Bob=1"));
@@ -83,8 +78,8 @@ TEST_F(BackupSelectionTest, NamesWhatItLeavesOut) {
   FillExtra(selection, {{"C:\\a=b", true}, {"C:\\Data", true}, {"C:\\c=d", false}});
   WStringArray leftOut;
   WriteBackupSelection(document, selection, &leftOut);
-  EXPECT_THAT(Rows(leftOut), ElementsAre("Gone", "x=y", "C:\\a=b"));
-  EXPECT_THAT(Rows(document.lines),
+  EXPECT_THAT(ArrayRows(leftOut), ElementsAre("Gone", "x=y", "C:\\a=b"));
+  EXPECT_THAT(ArrayRows(document.lines),
               ElementsAre("[Settings]", "UserFolders=255", "BackupOptions=0", "SkipAttributes=6", "[Users]",
                           "Bob=1|Bob", "[BackupUsers]", "Bob=1", "[ExtraFolders]", "C:\\Data=1",
                           "[NewExtraFolders]", "C:\\Data=64C8003575A33831C5D0C3471BB51F6A"));
@@ -114,7 +109,7 @@ TEST_F(BackupSelectionTest, IsReadBackAsItWasWritten) {
 
   EXPECT_THAT(again.userTicked, ElementsAre(false, true, false));
   EXPECT_EQ(again.folderMask, kMaskDesktop | kMaskVideos);
-  EXPECT_THAT(Rows(again.extraFolders), ElementsAre("D:\\Ä b", "C:\\Data"));
+  EXPECT_THAT(ArrayRows(again.extraFolders), ElementsAre("D:\\Ä b", "C:\\Data"));
   EXPECT_THAT(again.extraTicked, ElementsAre(true, false));
   EXPECT_TRUE(again.updateOnly);
   EXPECT_EQ(again.skipAttributes, kSkipHiddenFiles);
@@ -137,18 +132,6 @@ TEST_F(BackupSelectionTest, LoadsTheInfoFileOfTheTargetAndSavesTheOneBefore) {
   EXPECT_EQ(document.GetNumber(kSettingsSection, kUserFoldersKey), 3u);
   EXPECT_EQ(Utf8(document.path), Utf8(second) + "\\BackupInfo.nvsav");
   EXPECT_FALSE(place.files.Exists("second/BackupInfo.grxsv"));
-}
-
-TEST_F(BackupSelectionTest, RefusesAnInfoFileThatIsNone) {
-  const WString folder = place.files.Folder("set");
-  const std::string bytes("MZ\0", 3);
-  place.files.File("set/BackupInfo.grxsv", bytes);
-  document.SetValue(kSettingsSection, L"a", L"1");
-  WString problem;
-  EXPECT_FALSE(PrepareBackupDocument(folder.CStr(), document, &problem));
-  EXPECT_NE(Utf8(problem).find("BackupInfo.grxsv\" holds no text"), std::string::npos) << Utf8(problem);
-  EXPECT_EQ(document.GetNumber(kSettingsSection, L"a"), 1u);
-  EXPECT_EQ(place.files.Read("set/BackupInfo.grxsv"), bytes);
 }
 
 }  // namespace

@@ -8,22 +8,6 @@
 
 namespace {
 
-TEST(BackupStart, SavesTheSelectionBeforeTheRun) {
-  AccountPlace place;
-  place.Add({.name = "Anna"});
-  BackupSelection selection;
-  selection.users.Add(L"Anna");
-  selection.userTicked = {true};
-  IniDocument document;
-  WString problem;
-  ASSERT_TRUE(StartBackupSet((place.files / "B/X").CStr(), selection, document, problem)) << Utf8(problem);
-
-  IniDocument saved((place.files / "B/X/BackupInfo.grxsv").CStr());
-  EXPECT_EQ(Utf8(saved.BuildText()),
-            "[Settings]\r\nUserFolders=255\r\nBackupOptions=0\r\nSkipAttributes=6\r\n"
-            "[Users]\r\nAnna=1|Anna\r\n[BackupUsers]\r\nAnna=1\r\n");
-}
-
 // Would catch empty folders and files of a run that never was, also those that the document's owner
 // makes when it saves at its end.
 TEST(BackupStart, LeavesNothingBehindWhereItCantWrite) {

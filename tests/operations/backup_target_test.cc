@@ -92,13 +92,4 @@ TEST(BackupTarget, IsTakenBackUpToTheFirstFolderMade) {
   EXPECT_TRUE(place.Exists("there"));
 }
 
-TEST(BackupTarget, IsNoFile) {
-  TestPlace place;
-  place.File("file");
-  WString firstMade;
-  EXPECT_FALSE(MakeBackupTarget((place / "file").CStr(), firstMade));
-  EXPECT_FALSE(MakeBackupTarget((place / "file/a/b").CStr(), firstMade));
-  EXPECT_EQ(place.List(), std::vector<std::string>{"file"});
-}
-
 }  // namespace

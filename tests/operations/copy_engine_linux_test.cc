@@ -11,9 +11,9 @@
 
 #include "foundation/unique_handle.h"
 #include "machine/faults.h"
-#include "machine/machine.h"
 #include "operations/copy_engine.h"
 #include "support/copy_run.h"
+#include "support/host_path.h"
 
 namespace {
 
@@ -21,12 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
-
-std::filesystem::path OnDisk(const WString& path) {
-  std::string relative = Utf8(path).substr(3);
-  for (char& unit : relative) unit = unit == '\\' ? '/' : unit;
-  return std::filesystem::path(machine::ThisMachine().DriveFolder('C')) / relative;
-}
 
 // A link planted in the source leads nowhere, isn't counted as an item, and its number is known at the end.
 TEST(CopyEngineLinks, AreLeftOutOfTheSource) {
@@ -36,8 +30,8 @@ TEST(CopyEngineLinks, AreLeftOutOfTheSource) {
     run.place.File("source/dir/file");
     run.place.Link("source/link", "outside");
     run.place.Link("source/dir/up", "source");
-    std::filesystem::create_symlink("file", OnDisk(run.place / "source/dir/alias"));
-    std::filesystem::create_symlink("nothing", OnDisk(run.place / "source/broken"));
+    std::filesystem::create_symlink("file", HostPath(run.place / "source/dir/alias"));
+    std::filesystem::create_symlink("nothing", HostPath(run.place / "source/broken"));
     EXPECT_TRUE(run.Run(fast));
     EXPECT_THAT(run.place.List("target"), ElementsAre("dir", "dir/file"));
     EXPECT_EQ(run.context->linksSkipped, 4);
@@ -56,12 +50,13 @@ TEST(CopyEngineLinks, AreNotWrittenThroughAtTheTarget) {
     run.place.File("source/name", "new");
     run.place.Folder("target");
     run.place.Link("target/dir", "outside");
-    std::filesystem::create_symlink(OnDisk(run.place / "outside/kept"), OnDisk(run.place / "target/name"));
+    std::filesystem::create_symlink(HostPath(run.place / "outside/kept"),
+                                    HostPath(run.place / "target/name"));
     EXPECT_FALSE(run.Run(fast));
     EXPECT_THAT(run.place.List("outside"), ElementsAre("kept"));
     EXPECT_EQ(run.place.Read("outside/kept"), "kept");
     EXPECT_EQ(run.place.Read("target/name"), "new");
-    EXPECT_FALSE(std::filesystem::is_symlink(OnDisk(run.place / "target/name")));
+    EXPECT_FALSE(std::filesystem::is_symlink(HostPath(run.place / "target/name")));
     EXPECT_THAT(run.Log(), ElementsAre("Error! Could not create destination directory: ~\\target\\dir"));
     EXPECT_EQ(run.context->errors, 1);
   }
@@ -74,8 +69,8 @@ TEST(CopyEngineLinks, AtATemporaryNameArePassedBy) {
     run.place.File("outside/kept", "kept");
     run.place.File("source/file", "new");
     run.place.Folder("target");
-    std::filesystem::create_symlink(OnDisk(run.place / "outside/kept"),
-                                    OnDisk(run.place / "target/~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.1"));
+    std::filesystem::create_symlink(HostPath(run.place / "outside/kept"),
+                                    HostPath(run.place / "target/~{5B1F0C8E-6D0A-4E57-9C43-2A7E1D9F6B34}.1"));
     EXPECT_TRUE(run.Run(fast));
     EXPECT_EQ(run.place.Read("outside/kept"), "kept");
     EXPECT_EQ(run.place.Read("target/file"), "new");
@@ -169,7 +164,7 @@ TEST(CopyEngine, GivesOnePlaceToTheFirstOfTwoNamesThatDifferInCase) {
     constexpr uint32_t kOptions[] = {0, kCopyOnlyMissing, kCopyOnlyNewer};
     CopyRun run;
     run.place.Folder("source/dir");
-    const std::filesystem::path source = OnDisk(run.place / "source/dir");
+    const std::filesystem::path source = HostPath(run.place / "source/dir");
     for (const std::string& name : names) {
       std::filesystem::create_directories((source / name).parent_path());
       std::ofstream(source / name) << name;
@@ -202,19 +197,6 @@ TEST(CopyEngine, ReplacesAFileOfAnotherCase) {
   EXPECT_EQ(run.context->failures, 0);
 }
 
-// A folder that its reader may not list is told, and not taken for an empty one.
-TEST(CopyEngine, TellsOfFoldersThatItCannotRead) {
-  CopyRun run;
-  run.place.File("source/closed/file");
-  run.place.File("source/open");
-  UniqueFile holder(CreateFileW((run.place / "source/closed").CStr(), FILE_LIST_DIRECTORY, 0, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-  EXPECT_TRUE(run.Run());
-  EXPECT_THAT(run.Log(), ElementsAre("Error! Could not read source directory: ~\\source\\closed"));
-  EXPECT_TRUE(run.place.Exists("target/open"));
-  EXPECT_EQ(run.context->errors, 0);
-}
-
 void* RunOnThread(void* run) {
   static_cast<CopyRun*>(run)->Run();
   return nullptr;
@@ -240,7 +222,7 @@ int MakeDeepFolder(int directory, const std::string& name, int levels) {
   return directory;
 }
 
-int OpenFolder(const WString& path) { return open(OnDisk(path).c_str(), O_RDONLY | O_DIRECTORY); }
+int OpenFolder(const WString& path) { return open(HostPath(path).c_str(), O_RDONLY | O_DIRECTORY); }
 
 // Trees as deep as people make them by accident must not take the thread's stack.
 TEST(CopyEngine, CopiesDeepTreesOnASmallStack) {

@@ -7,23 +7,17 @@
 
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 #include "foundation/unique_handle.h"
 #include "machine/faults.h"
-#include "machine/machine.h"
 #include "support/copy_run.h"
+#include "support/host_path.h"
 
 namespace {
 
 using machine::FaultPlan;
-
-struct FaultsOff {
-  ~FaultsOff() { machine::ClearFaults(); }
-};
-
-// Matches "source" and "target", and not the log.
-std::string CallsOnTheTrees(const TestPlace& place) { return Utf8(place.Path()) + "\\*r*e*"; }
 
 enum class Way { kFiltered, kUpdate, kFast };
 
@@ -58,10 +52,36 @@ class SmallTree {
 
   bool Copy() { return run.Run(way_ == Way::kFast); }
 
+  // For calls on the two trees, and not on the log: matches "source" and "target".
+  FaultPlan Plan(uint64_t nth = 0, DWORD error = NO_ERROR) const {
+    FaultPlan plan;
+    plan.path = Utf8(run.place.Path()) + "\\*r*e*";
+    plan.nth = nth;
+    plan.error = error;
+    return plan;
+  }
+
+  bool CopyWith(const FaultPlan& plan) {
+    machine::SetFaults(plan);
+    const bool isDone = Copy();
+    machine::ClearFaults();
+    return isDone;
+  }
+
+  // Copies, and something happens right before the n-th call. False if there are fewer calls.
+  bool CopyWhile(uint64_t n, const std::function<void()>& happens) {
+    FaultPlan plan = Plan();
+    uint64_t calls = 0;
+    plan.before = [&](std::string_view, std::string_view) {
+      if (++calls == n) happens();
+    };
+    CopyWith(plan);
+    return calls >= n;
+  }
+
   // A target file is the old one or the new one, and nothing of a file in the making is left.
   void ExpectNothingTorn(const std::string& when) {
-    for (const std::string& path : run.place.List("target")) {
-      if (IsFolder(path)) continue;
+    for (const std::string& path : run.place.Files("target")) {
       auto isNew = fresh.find(path), isOld = old.find(path);
       std::string bytes = run.place.Read("target/" + path);
       bool isWhole =
@@ -84,6 +104,13 @@ class SmallTree {
     return isComplete;
   }
 
+  // Each file is as at the source, or a failure was told of it.
+  void ExpectCurrentOrTold(const std::string& when) {
+    for (const auto& [path, bytes] : fresh) {
+      EXPECT_TRUE(IsCurrent(path) || IsTold(path)) << path << ", " << when;
+    }
+  }
+
   // Whether a failure was told of this file or of a folder that it lies in.
   bool IsTold(const std::string& path) {
     for (const std::string& line : run.told) {
@@ -98,10 +125,6 @@ class SmallTree {
   }
 
  private:
-  bool IsFolder(const std::string& path) {
-    return Attributes((run.place / ("target/" + path)).CStr()) & FILE_ATTRIBUTE_DIRECTORY;
-  }
-
   Way way_;
 };
 
@@ -113,7 +136,7 @@ std::string Describe(Way way, uint64_t n, DWORD error) {
 
 class CopyFaults : public testing::TestWithParam<Way> {
  protected:
-  FaultsOff off_;
+  ~CopyFaults() override { machine::ClearFaults(); }
 };
 
 // Any call on source or target that fails, for every one: the run ends, what isn't there is told, logged
@@ -123,23 +146,14 @@ TEST_P(CopyFaults, EveryCallMayFail) {
     for (uint64_t n = 1;; n++) {
       SmallTree tree(GetParam());
       std::string when = Describe(GetParam(), n, error);
-      FaultPlan plan;
-      plan.path = CallsOnTheTrees(tree.run.place);
-      plan.nth = n;
-      plan.error = error;
-      machine::SetFaults(plan);
-      bool isDone = tree.Copy();
-      uint64_t calls = machine::FaultCalls();
-      machine::ClearFaults();
-      if (calls < n) break;
+      bool isDone = tree.CopyWith(tree.Plan(n, error));
+      if (machine::FaultCalls() < n) break;
       tree.ExpectNothingTorn(when);
       int64_t told = 0;
       for (const std::string& line : tree.run.told) told += line.starts_with("failed ");
       EXPECT_EQ(tree.run.context->failures, told) << when;
       EXPECT_EQ(tree.run.Log().size(), static_cast<size_t>(told)) << when;
-      for (const auto& [path, bytes] : tree.fresh) {
-        EXPECT_TRUE(tree.IsCurrent(path) || tree.IsTold(path)) << path << ", " << when;
-      }
+      tree.ExpectCurrentOrTold(when);
       EXPECT_TRUE(isDone || told > 0) << when;
     }
   }
@@ -164,15 +178,10 @@ TEST_P(CopyFaults, ACallMayBeUnknownOrDenied) {
   for (const auto& test : cases) {
     for (DWORD error : test.errors) {
       SmallTree tree(GetParam());
-      FaultPlan plan;
+      FaultPlan plan = tree.Plan(1, error);
       plan.call = test.call;
-      plan.path = CallsOnTheTrees(tree.run.place);
-      plan.nth = 1;
       plan.andAllLater = test.andAllLater;
-      plan.error = error;
-      machine::SetFaults(plan);
-      EXPECT_TRUE(tree.Copy()) << test.call << ", " << error;
-      machine::ClearFaults();
+      EXPECT_TRUE(tree.CopyWith(plan)) << test.call << ", " << error;
       EXPECT_TRUE(tree.IsComplete()) << test.call << ", " << error;
       EXPECT_EQ(tree.run.context->failures, 0) << test.call << ", " << error;
     }
@@ -187,9 +196,7 @@ TEST_P(CopyFaults, OldCopiesStayWhenNoRenameWorks) {
   plan.nth = 1;
   plan.andAllLater = true;
   plan.error = ERROR_IO_DEVICE;
-  machine::SetFaults(plan);
-  tree.Copy();
-  machine::ClearFaults();
+  tree.CopyWith(plan);
   tree.ExpectNothingTorn("no rename");
   for (const auto& [path, bytes] : tree.old) EXPECT_EQ(tree.run.place.Read("target/" + path), bytes);
   EXPECT_EQ(tree.run.context->failures, static_cast<int64_t>(tree.fresh.size()));
@@ -206,8 +213,7 @@ TEST_P(CopyFaults, TheEndMayComeAtEveryChange) {
     if (child == 0) {
       FaultPlan plan;
       plan.endAtChange = n;
-      machine::SetFaults(plan);
-      tree.Copy();
+      tree.CopyWith(plan);
       _exit(0);
     }
     int status = 0;
@@ -237,20 +243,12 @@ TEST_P(CopyFaults, AStopMayComeAtEveryCall) {
     SmallTree tree(GetParam());
     std::string when = Describe(GetParam(), n, 0);
     UseSmallBlocks(*tree.run.context);
-    FaultPlan plan;
-    plan.path = CallsOnTheTrees(tree.run.place);
-    uint64_t calls = 0;
-    plan.before = [&](std::string_view, std::string_view) {
-      if (++calls == n) tree.run.context->stop = 1;
-    };
-    machine::SetFaults(plan);
-    tree.Copy();
-    machine::ClearFaults();
+    const bool isStopped = tree.CopyWhile(n, [&tree] { tree.run.context->stop = 1; });
     tree.ExpectNothingTorn(when);
     // The system's own copy says that it was cancelled, and that is logged as it stands.
     EXPECT_LE(tree.run.context->failures, GetParam() == Way::kFast ? 1 : 0) << when;
     EXPECT_EQ(tree.run.context->errors, 0) << when;
-    if (calls < n) break;
+    if (!isStopped) break;
   }
 }
 
@@ -261,126 +259,103 @@ TEST_P(CopyFaults, TheDiskMayFillUpAtEveryByte) {
     std::string when = std::to_string(room) + " bytes left";
     FaultPlan plan;
     plan.bytesLeft = room;
-    machine::SetFaults(plan);
-    tree.Copy();
-    machine::ClearFaults();
+    tree.CopyWith(plan);
     tree.ExpectNothingTorn(when);
     bool isComplete = tree.IsComplete();
     EXPECT_NE(isComplete, tree.run.context->targetFull) << when;
     EXPECT_NE(isComplete, tree.run.context->failures > 0) << when;
-    for (const auto& [path, bytes] : tree.fresh) {
-      EXPECT_TRUE(tree.IsCurrent(path) || tree.IsTold(path)) << path << ", " << when;
-    }
+    tree.ExpectCurrentOrTold(when);
   }
 }
 
 // An update walks as the plain copy does.
-class CopyExchanges : public CopyFaults {};
+class CopyExchanges : public CopyFaults {
+ protected:
+  // Somebody else's data beside a small tree, under names that are in the tree, too.
+  class TreeWithNeighbour : public SmallTree {
+   public:
+    TreeWithNeighbour() : SmallTree(GetParam()) {
+      for (const char* name : {"b", "c", "deep/c", "ro", "secret"}) {
+        run.place.File(std::string("outside/") + name, "outside");
+      }
+    }
 
-std::filesystem::path OnDisk(const WString& path) {
-  std::string relative = Utf8(path).substr(3);
-  for (char& unit : relative) unit = unit == '\\' ? '/' : unit;
-  return std::filesystem::path(machine::ThisMachine().DriveFolder('C')) / relative;
-}
+    void ExpectOutsideAsItWas(const std::string& when) {
+      EXPECT_THAT(run.place.List("outside"), testing::ElementsAre("b", "c", "deep", "deep/c", "ro", "secret"))
+          << when;
+      for (const std::string& name : run.place.Files("outside")) {
+        EXPECT_EQ(run.place.Read("outside/" + name), "outside") << name << ", " << when;
+      }
+    }
+  };
+};
 
 // At any call somebody tries to put a link in a folder's place, by the system's own calls: nothing beyond
 // it is read, written, or changed.
 TEST_P(CopyExchanges, AFolderMayBeExchangedForALinkAtEveryCall) {
-  for (const char* side : {"source", "target"}) {
-    for (uint64_t n = 1;; n++) {
-      SmallTree tree(GetParam());
+  for (const std::string side : {"source", "target"}) {
+    bool isExchanged = true;
+    for (uint64_t n = 1; isExchanged; n++) {
+      TreeWithNeighbour tree;
       TestPlace& place = tree.run.place;
-      std::string when = std::string(side) + ", " + Describe(GetParam(), n, 0);
-      for (const char* name : {"outside/b", "outside/secret", "outside/deep/c", "outside/ro"})
-        place.File(name, "outside");
-      std::vector<std::string> outside = place.List("outside");
-      std::string folder = std::string(side) + "/dir";
-      FaultPlan plan;
-      plan.path = CallsOnTheTrees(place);
-      uint64_t calls = 0;
-      plan.before = [&](std::string_view, std::string_view) {
-        if (++calls != n) return;
-        WString moved = place / (std::string(side) + "-moved");
-        if (MoveFileExW((place / folder).CStr(), moved.CStr(), 0)) {
-          std::filesystem::create_directory_symlink(OnDisk(place / "outside"), OnDisk(place / folder));
+      const std::string when = side + ", " + Describe(GetParam(), n, 0);
+      const WString folder = place / (side + "/dir"), moved = place / (side + "-moved");
+      isExchanged = tree.CopyWhile(n, [&] {
+        if (MoveFileExW(folder.CStr(), moved.CStr(), 0)) {
+          std::filesystem::create_directory_symlink(HostPath(place / "outside"), HostPath(folder));
         }
-      };
-      machine::SetFaults(plan);
-      tree.Copy();
-      machine::ClearFaults();
-      EXPECT_EQ(place.List("outside"), outside) << when;
-      for (const char* name : {"outside/b", "outside/deep/c", "outside/ro"})
-        EXPECT_EQ(place.Read(name), "outside") << when;
+      });
+      tree.ExpectOutsideAsItWas(when);
+      if (side == "target") continue;
       for (const char* name : {"target/dir/b", "target-moved/b"}) {
-        if (std::string(side) == "source" && place.Exists(name)) {
-          EXPECT_NE(place.Read(name), "outside") << name << ", " << when;
-        }
+        if (!place.Exists(name)) continue;
+        EXPECT_NE(place.Read(name), "outside") << name << ", " << when;
       }
-      EXPECT_FALSE(std::string(side) == "source" && place.Exists("target/dir/secret")) << when;
-      if (calls < n) break;
+      EXPECT_FALSE(place.Exists("target/dir/secret")) << when;
     }
   }
 }
 
 // Turns an empty folder into a junction where it stands.
 bool MakeJunction(const WString& path, const WString& target) {
-  std::u16string name = u"\\??\\" + std::u16string(reinterpret_cast<const char16_t*>(target.CStr()));
-  std::vector<uint8_t> point(16 + name.size() * 2 + 4);
-  auto put = [&point](size_t at, size_t value) {
-    point[at] = static_cast<uint8_t>(value);
-    point[at + 1] = static_cast<uint8_t>(value >> 8);
-  };
-  put(0, 3);
-  put(2, 0xa000);
-  put(4, point.size() - 8);
-  put(10, name.size() * 2);
-  put(12, name.size() * 2 + 2);
-  memcpy(point.data() + 16, name.data(), name.size() * 2);
+  const WString name = L"\\??\\" + target;
+  const size_t size = static_cast<size_t>(name.Length()) * 2;
+  std::vector<uint16_t> point(8 + size / 2 + 2);
+  point[0] = 3;  // the tag, low word first
+  point[1] = 0xa000;
+  point[2] = static_cast<uint16_t>(point.size() * 2 - 8);
+  point[5] = static_cast<uint16_t>(size);
+  point[6] = static_cast<uint16_t>(size + 2);
+  memcpy(&point[8], name.CStr(), size);
   UniqueFile handle(CreateFileW(path.CStr(), FILE_WRITE_ATTRIBUTES, 7, nullptr, OPEN_EXISTING,
                                 FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  DWORD size = 0;
+  DWORD done = 0;
   return handle && DeviceIoControl(handle.Get(), FSCTL_SET_REPARSE_POINT, point.data(),
-                                   static_cast<DWORD>(point.size()), nullptr, 0, &size, nullptr);
+                                   static_cast<DWORD>(point.size() * 2), nullptr, 0, &done, nullptr);
 }
 
 // The one exchange that no hold prevents: an empty folder becomes a junction. Nothing comes from beyond
 // it, and nothing stays there.
 TEST_P(CopyExchanges, AnEmptyFolderMayBecomeAJunctionAtEveryCall) {
-  for (const char* folder : {"source/empty", "target/dir", "target/dir/deep"}) {
-    for (uint64_t n = 1;; n++) {
-      SmallTree tree(GetParam());
+  for (const std::string folder : {"source/empty", "target/dir", "target/dir/deep"}) {
+    bool isThere = true;
+    for (uint64_t n = 1; isThere; n++) {
+      TreeWithNeighbour tree;
       TestPlace& place = tree.run.place;
-      std::string when = std::string(folder) + ", " + Describe(GetParam(), n, 0);
-      for (const char* name : {"outside/b", "outside/c", "outside/ro", "outside/deep/c"})
-        place.File(name, "outside");
-      std::vector<std::string> outside = place.List("outside");
+      const std::string when = folder + ", " + Describe(GetParam(), n, 0);
       place.Folder("source/empty");
       SetAttributes((place / "target/dir/ro").CStr(), FILE_ATTRIBUTE_NORMAL);
       DeleteFileW((place / "target/dir/ro").CStr());
       RemoveDirectoryW((place / "target/dir").CStr());
-      FaultPlan plan;
-      plan.path = CallsOnTheTrees(place);
-      uint64_t calls = 0;
       bool isTurned = false;
-      plan.before = [&](std::string_view, std::string_view) {
-        if (++calls == n) isTurned = MakeJunction(place / folder, place / "outside");
-      };
-      machine::SetFaults(plan);
-      tree.Copy();
-      machine::ClearFaults();
-      EXPECT_EQ(place.List("outside"), outside) << when;
-      for (const std::string& name : outside) {
-        if (name != "deep") {
-          EXPECT_EQ(place.Read("outside/" + name), "outside") << when;
-        }
-      }
+      isThere = tree.CopyWhile(n, [&] { isTurned = MakeJunction(place / folder, place / "outside"); });
+      tree.ExpectOutsideAsItWas(when);
       for (const std::string& path : place.List("target")) {
         if (path.starts_with("empty/")) ADD_FAILURE() << path << ", " << when;
       }
-      if (isTurned && std::string(folder) != "source/empty" && tree.run.context->failures == 0) {
+      if (isTurned && folder != "source/empty" && tree.run.context->failures == 0) {
         EXPECT_TRUE(tree.IsComplete()) << when;
       }
-      if (calls < n) break;
     }
   }
 }

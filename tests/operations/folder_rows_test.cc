@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "operations/copy_move_trees.h"
+#include "operations/restore_trees.h"
 #include "support/test_place.h"
 
 namespace {
@@ -34,6 +36,23 @@ TEST(FolderList, GivesBackEveryMask) {
     ASSERT_EQ(again, mask);
   }
   EXPECT_EQ(Utf8(FolderListText(0)), "");
+}
+
+// "All other folders" would take a named one a second time, or pass over one of a similar name. A copy
+// knows neither a set's layout nor the old one.
+TEST(NamedFolders, AreLeftToTheirOwnTrees) {
+  for (const char* name : {"AppData", "desktop", "DOCUMENTS", "Downloads", "Music", "Pictures", "Videos"}) {
+    EXPECT_TRUE(IsNamedRestoreFolder(Wide(name).CStr())) << name;
+    EXPECT_TRUE(IsNamedCopyMoveFolder(Wide(name).CStr())) << name;
+  }
+  for (const char* name : {"localappdata", "Local Settings", "Application Data"}) {
+    EXPECT_TRUE(IsNamedRestoreFolder(Wide(name).CStr())) << name;
+    EXPECT_FALSE(IsNamedCopyMoveFolder(Wide(name).CStr())) << name;
+  }
+  for (const char* name : {"Music2", "Contacts", "usic", "Data", "Desktop|Documents ", "|"}) {
+    EXPECT_FALSE(IsNamedRestoreFolder(Wide(name).CStr())) << name;
+    EXPECT_FALSE(IsNamedCopyMoveFolder(Wide(name).CStr())) << name;
+  }
 }
 
 }  // namespace

@@ -38,11 +38,6 @@ TEST(InfoFile, IsNeverAFolder) {
   EXPECT_TRUE(FindInfoFile(place.Path().CStr()).IsEmpty());
 }
 
-TEST(InfoFile, LiesInTheSetsFolder) {
-  EXPECT_EQ(Utf8(SetFolderOf(L"D:\\B\\X\\BackupInfo.grxsv")), "D:\\B\\X");
-  EXPECT_EQ(Utf8(SetFolderOf(L"D:\\BackupInfo.grxsv")), "D:");
-}
-
 // A file of another kind that is in the way would be rewritten as a list of lines.
 TEST(InfoFile, IsAnyTextOfModestSize) {
   TestPlace place;

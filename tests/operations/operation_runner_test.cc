@@ -99,16 +99,18 @@ TEST(OperationRunner, RunsToTheEndUnderATick) {
 
 // A record that nobody filled must not take the process down.
 TEST(OperationEntries, RefuseARecordWithoutAnApplication) {
-  OperationContext context;
-  IniDocument document;
-  context.document = &document;
-  EXPECT_EQ(BackupEntry(nullptr), 0u);
-  EXPECT_EQ(BackupEntry(&context), 0u);
-  AppObject app;
-  context.app = &app;
-  context.document = nullptr;
-  EXPECT_EQ(BackupEntry(&context), 0u);
-  EXPECT_EQ(context.outcome, OperationOutcome::kNotStarted);
+  for (const LPTHREAD_START_ROUTINE entry : {BackupEntry, RestoreEntry, CopyMoveEntry}) {
+    OperationContext context;
+    IniDocument document;
+    context.document = &document;
+    EXPECT_EQ(entry(nullptr), 0u);
+    EXPECT_EQ(entry(&context), 0u);
+    AppObject app;
+    context.app = &app;
+    context.document = nullptr;
+    EXPECT_EQ(entry(&context), 0u);
+    EXPECT_EQ(context.outcome, OperationOutcome::kNotStarted);
+  }
 }
 
 }  // namespace

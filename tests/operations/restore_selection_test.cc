@@ -5,6 +5,7 @@
 
 #include "operations/md5_name.h"
 #include "support/account_place.h"
+#include "support/array_rows.h"
 
 namespace {
 
@@ -16,23 +17,10 @@ std::string NameInSet(const WString& path) {
   return Utf8(name);
 }
 
-std::vector<std::string> Users(const RestoreSelection& selection) {
+template <typename Row>
+std::vector<std::string> Rows(const std::vector<Row>& list) {
   std::vector<std::string> rows;
-  for (const RestoreUserRow& row : selection.users) {
-    rows.push_back(Utf8(row.source) + " > " + Utf8(row.target) + (row.isTicked ? "" : " -"));
-  }
-  return rows;
-}
-
-std::vector<std::string> Texts(const WStringArray& array) {
-  std::vector<std::string> texts;
-  for (uint32_t i = 0; i < array.count; i++) texts.push_back(Utf8(array[i]));
-  return texts;
-}
-
-std::vector<std::string> Folders(const RestoreSelection& selection) {
-  std::vector<std::string> rows;
-  for (const RestoreFolderRow& row : selection.extraFolders) {
+  for (const Row& row : list) {
     rows.push_back(Utf8(row.source) + " > " + Utf8(row.target) + (row.isTicked ? "" : " -"));
   }
   return rows;
@@ -63,12 +51,12 @@ TEST(RestoreSelection, OffersWhatTheSetHolds) {
   selection.users.resize(3);
   LeftOutKeys leftOut;
   ReadSetRows(document, {machine.files / "set", true, 0.0}, *LoadUserTable(), selection, &leftOut);
-  EXPECT_THAT(Users(selection),
+  EXPECT_THAT(Rows(selection.users),
               ElementsAre("Anna > anna", "Bob > Carl", "Eve > Eve <create>", "Änne > Änne <create>"));
-  EXPECT_THAT(Folders(selection), ElementsAre("D:\\Data > D:\\Data", "d:\\data > d:\\data"));
-  EXPECT_THAT(Texts(leftOut.notPlain),
+  EXPECT_THAT(Rows(selection.extraFolders), ElementsAre("D:\\Data > D:\\Data", "d:\\data > d:\\data"));
+  EXPECT_THAT(ArrayRows(leftOut.notPlain),
               ElementsAre("..", "..\\..\\outside", "a:b", "C:\\Windows", "\\\\srv\\share", " <create>"));
-  EXPECT_THAT(Texts(leftOut.repeated), ElementsAre("ANNA", "Anna", "änne", "D:\\Data"));
+  EXPECT_THAT(ArrayRows(leftOut.repeated), ElementsAre("ANNA", "Anna", "änne", "D:\\Data"));
 }
 
 // A tick for what is gone says that it will be restored, and a row less says that it never was.
@@ -83,11 +71,11 @@ TEST(RestoreSelection, OffersWhatAnEarlierRunTookFromTheRoot) {
   LeftOutKeys leftOut;
   ReadInstallationRows({machine.files / "root", false, 10.0}, *LoadUserTable(), selection, &leftOut);
   const std::string root = Utf8(machine.files / "root");
-  EXPECT_THAT(Folders(selection),
+  EXPECT_THAT(Rows(selection.extraFolders),
               ElementsAre(root + "\\Data\\Work > D:\\Work", root + "\\Data\\Gone > D:\\Gone -",
                           root + "\\file > D:\\file"));
-  EXPECT_THAT(Texts(leftOut.notPlain), ElementsAre("NUL", "..\\root"));
-  EXPECT_THAT(Texts(leftOut.repeated), ElementsAre("data\\WORK"));
+  EXPECT_THAT(ArrayRows(leftOut.notPlain), ElementsAre("NUL", "..\\root"));
+  EXPECT_THAT(ArrayRows(leftOut.repeated), ElementsAre("data\\WORK"));
 }
 
 // A selection of an earlier run that still counts, or one that the worker can't find.
@@ -172,30 +160,6 @@ TEST(RestoreSelection, UnticksExtraFoldersThatGoToProtectedPlaces) {
   std::string ticks;
   for (const RestoreFolderRow& row : selection.extraFolders) ticks += row.isTicked ? "+" : "-";
   EXPECT_EQ(ticks, "+-+-");
-}
-
-// A tree that nobody has looked at before it runs.
-TEST(RestoreSelection, ListsAllTreesOfTheRun) {
-  AccountPlace machine;
-  machine.Add({.name = "Anna"});
-  RestoreSelection selection;
-  selection.folderMask = kMaskMusic | kMaskOther;
-  selection.users = {
-      {L"A", L"Anna", true}, {L"B", L"New <create>", true}, {L"C", L"Nobody", true}, {L"D", L"Anna", false}};
-  selection.extraFolders = {{L"D:\\x", L"E:\\x", true}, {L"D:\\y", L"E:\\y", false}};
-  ProtectedPlaces places(*LoadUserTable());
-  AddTargetProfiles(selection, places);
-  std::vector<std::string> rows;
-  for (const RunTree& tree : ListRestoreRun({L"C:\\set", true, 0.0}, selection, places)) {
-    rows.push_back(Utf8(tree.source) + " > " + Utf8(tree.target));
-  }
-  const std::string made = Utf8(NewProfilePath(L"New"));
-  EXPECT_THAT(made, testing::EndsWith("\\New"));
-  EXPECT_THAT(rows,
-              ElementsAre("C:\\set\\Users\\A\\Music > " + Utf8(machine.Profile("Anna")) + "\\Music",
-                          "C:\\set\\Users\\A > " + Utf8(machine.Profile("Anna")),
-                          "C:\\set\\Users\\B\\Music > " + made + "\\Music", "C:\\set\\Users\\B > " + made,
-                          "C:\\set\\ExtraFolders\\" + NameInSet(L"D:\\x") + " > E:\\x"));
 }
 
 }  // namespace

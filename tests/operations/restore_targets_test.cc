@@ -77,36 +77,12 @@ TEST(RestoreTargets, KnowTheMarkOfAnAccountToMake) {
 
 // A name that the system takes and turns into another folder, or that no logon screen can show.
 TEST(RestoreTargets, AreNamesThatTheSystemTakes) {
-  struct {
-    const char* name;
-    bool isPossible;
-  } cases[] = {{"Anna", true},
-               {"Anna Berg", true},
-               {"Jörg", true},
-               {"12345678901234567890", true},
-               {"a.b", true},
-               {"123456789012345678901", false},
-               {"", false},
-               {"...", false},
-               {"   ", false},
-               {". .", false},
-               {"Anna.", false},
-               {"a\\b", false},
-               {"..\\Windows", false},
-               {"a/b", false},
-               {"a:b", false},
-               {"PC|x", false},
-               {"a\tb", false},
-               {"me@pc", false},
-               {"a*", false},
-               {"CON", false},
-               {"nul.txt", false},
-               {"Com1", false},
-               {"Conny", true},
-               {"Anna ", false},
-               {"Anna <create", false}};
-  for (const auto& test : cases)
-    EXPECT_EQ(IsPossibleAccountName(Wide(test.name)), test.isPossible) << test.name;
+  for (const char* name : {"Anna", "Anna Berg", "Jörg", "12345678901234567890", "a.b", "Conny"})
+    EXPECT_TRUE(IsPossibleAccountName(Wide(name))) << name;
+  for (const char* name :
+       {"123456789012345678901", "", "...", "   ", ". .", "Anna.", "a\\b", "..\\Windows", "a/b", "a:b",
+        "PC|x", "a\tb", "me@pc", "a*", "CON", "nul.txt", "Com1", "Anna ", "Anna <create"})
+    EXPECT_FALSE(IsPossibleAccountName(Wide(name))) << name;
 }
 
 // A type beyond the three, a name of one letter, no word of the account at all, or an administrator on the

@@ -76,36 +76,34 @@ TEST_F(RestoreTreesTest, OfASetFollowTheHiveInTheOrderOfTheWorker) {
 // Application data of another installation that is looked for where it never was.
 TEST_F(RestoreTreesTest, OfAnInstallationFollowItsLayout) {
   machine_.Add({.name = "Bob"});
+  const char* const roaming = "\\Application Data";
+  const char* const local = "\\Local Settings\\Application Data";
   struct {
     double version;
     std::vector<std::string> folders;  // below the account's
-    const char* users;
     const char* roaming;
     const char* local;
   } cases[] = {
-      {5.1, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
-      {5.8, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
-      {0.0, {}, "Documents and Settings", "\\Application Data", "\\Local Settings\\Application Data"},
-      {5.9, {}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
-      {6.0, {}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
-      {10.0, {"AppData"}, "Users", "\\AppData\\Roaming", "\\AppData\\Local"},
+      {5.1, {}, roaming, local},
+      {5.8, {}, roaming, local},
+      {0.0, {}, roaming, local},
+      {5.9, {}, "\\AppData\\Roaming", "\\AppData\\Local"},
+      {6.0, {}, "\\AppData\\Roaming", "\\AppData\\Local"},
+      {10.0, {"AppData"}, "\\AppData\\Roaming", "\\AppData\\Local"},
       // A set that lies in the root: only what the installation's layout lacks comes from there.
-      {10.0, {"AppData", "LocalAppData"}, "Users", "\\AppData", "\\LocalAppData"},
-      {10.0, {"AppData/Local", "LocalAppData"}, "Users", "\\AppData", "\\AppData\\Local"},
-      {5.1, {"AppData", "LocalAppData"}, "Documents and Settings", "\\AppData", "\\LocalAppData"},
-      {5.1,
-       {"AppData", "LocalAppData", "Application Data"},
-       "Documents and Settings",
-       "\\Application Data",
-       "\\LocalAppData"},
+      {10.0, {"AppData", "LocalAppData"}, "\\AppData", "\\LocalAppData"},
+      {10.0, {"AppData/Local", "LocalAppData"}, "\\AppData", "\\AppData\\Local"},
+      {5.1, {"AppData", "LocalAppData"}, "\\AppData", "\\LocalAppData"},
+      {5.1, {"AppData", "LocalAppData", "Application Data"}, roaming, "\\LocalAppData"},
   };
   int number = 0;
   for (const auto& test : cases) {
     const std::string name = "old" + std::to_string(number++);
     const RestoreRoot root{machine_.files / name, false, test.version};
+    const std::string users = test.version < 5.85 ? "Documents and Settings" : "Users";
     for (const std::string& folder : test.folders)
-      machine_.files.Folder(name + "/" + test.users + "/Anna/" + folder);
-    EXPECT_EQ(Utf8(UsersFolderName(root)), test.users);
+      machine_.files.Folder(name + "/" + users + "/Anna/" + folder);
+    EXPECT_EQ(Utf8(UsersFolderName(root)), users);
     List(root, kMaskAppData);
     const std::vector<std::string> rows = Rows(root);
     ASSERT_EQ(rows.size(), 7u);
@@ -182,47 +180,22 @@ TEST_F(RestoreTreesTest, OfANewAccountLieInItsProfileToBe) {
 // A key of a stranger's info file that leads out of the set.
 TEST_F(RestoreTreesTest, OfExtraFoldersStayInTheRoot) {
   const RestoreRoot set{L"C:\\set", true, 0.0}, old{L"E:", false, 10.0};
-  struct {
-    const char* key;
-    const char* target;
-    const char* sourceInSet;  // empty: refused
-    const char* sourceInOld;
-  } cases[] = {
-      {"ABC", "D:\\x", "C:\\set\\ExtraFolders\\ABC", "E:\\ABC"},
-      {"Data\\Work", "D:\\x", "", "E:\\Data\\Work"},
-      {"..", "D:\\x", "", ""},
-      {"Data\\..\\..", "D:\\x", "", ""},
-      {"D:\\x", "D:\\y", "", ""},
-      {"\\x", "D:\\y", "", ""},
-      {"a:b", "D:\\y", "", ""},
-      {"NUL", "D:\\y", "", ""},
-      {"", "D:\\y", "", ""},
-      {"ABC", "x", "", ""},
-      {"ABC", "", "", ""},
-      {"ABC", "D:\\..\\x", "", ""},
-      {"ABC", "\\\\?\\D:\\x", "", ""},
+  const auto sourceOf = [](const RestoreRoot& root, const char* key, const char* target) {
+    RunTree tree;
+    const bool isTaken = ExtraFolderTree(root, Wide(key).CStr(), Wide(target).CStr(), tree);
+    return isTaken ? Utf8(tree.source) : "(refused)";
   };
-  for (const auto& test : cases) {
-    for (const RestoreRoot* root : {&set, &old}) {
-      RunTree tree;
-      const std::string source = root == &set ? test.sourceInSet : test.sourceInOld;
-      EXPECT_EQ(ExtraFolderTree(*root, Wide(test.key).CStr(), Wide(test.target).CStr(), tree),
-                !source.empty())
-          << test.key << " > " << test.target;
-      if (!source.empty()) {
-        EXPECT_EQ(Utf8(tree.source), source);
-      }
+  EXPECT_EQ(sourceOf(set, "ABC", "D:\\x"), "C:\\set\\ExtraFolders\\ABC");
+  EXPECT_EQ(sourceOf(old, "ABC", "D:\\x"), "E:\\ABC");
+  EXPECT_EQ(sourceOf(set, "Data\\Work", "D:\\x"), "(refused)");
+  EXPECT_EQ(sourceOf(old, "Data\\Work", "D:\\x"), "E:\\Data\\Work");
+  for (const RestoreRoot* root : {&set, &old}) {
+    for (const char* key : {"..", "Data\\..\\..", "D:\\x", "\\x", "a:b", "NUL", ""}) {
+      EXPECT_EQ(sourceOf(*root, key, "D:\\y"), "(refused)") << key;
     }
-  }
-}
-
-TEST_F(RestoreTreesTest, LeaveNamedFoldersToTheirOwnTrees) {
-  for (const char* name : {"AppData", "localappdata", "Desktop", "DOCUMENTS", "Downloads", "Music",
-                           "Pictures", "Videos", "Local Settings", "Application Data"}) {
-    EXPECT_TRUE(IsNamedRestoreFolder(Wide(name).CStr())) << name;
-  }
-  for (const char* name : {"Music2", "Contacts", "usic", "Data", "Desktop|Documents "}) {
-    EXPECT_FALSE(IsNamedRestoreFolder(Wide(name).CStr())) << name;
+    for (const char* target : {"x", "", "D:\\..\\x", "\\\\?\\D:\\x"}) {
+      EXPECT_EQ(sourceOf(*root, "ABC", target), "(refused)") << target;
+    }
   }
 }
 

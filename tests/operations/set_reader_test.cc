@@ -4,11 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/app_object.h"
 #include "operations/backup_start.h"
-#include "operations/operation_context.h"
-#include "support/account_place.h"
 #include "support/host_path.h"
+#include "support/operation_run.h"
 
 namespace {
 
@@ -19,49 +17,47 @@ using testing::UnorderedElementsAre;
 class SetReaderTest : public testing::Test {
  protected:
   SetReaderTest() {
-    place.AddConsoleUser({.name = "Admin", .privilege = 2});
-    std::vector<TestValue> hive = place.UsualFolders("Anna");
-    hive[3].text = Utf8(place.files.Folder("Elsewhere/Papers"));
-    place.Add({.name = "Anna", .fullName = "Anna Berg", .privilege = 2, .hive = hive});
-    place.Add({.name = "Zoë"});
-    app.logPath = place.files / "Norvane.log";
+    run.machine.AddConsoleUser({.name = "Admin", .privilege = 2});
+    std::vector<TestValue> hive = run.machine.UsualFolders("Anna");
+    hive[3].text = Utf8(files.Folder("Elsewhere/Papers"));
+    run.machine.Add({.name = "Anna", .fullName = "Anna Berg", .privilege = 2, .hive = hive});
+    run.machine.Add({.name = "Zoë"});
     selection.users.Add(L"Anna");
     selection.users.Add(L"Zo\u00eb");
   }
 
   // Runs a backup of the selection, as a front end does.
   void BackUp() {
-    OperationContext context;
     IniDocument document;
     WString problem;
     WStringArray leftOut;
-    ASSERT_TRUE(StartBackupSet((place.files / "B/X").CStr(), selection, document, problem, &leftOut))
+    ASSERT_TRUE(StartBackupSet((files / "B/X").CStr(), selection, document, problem, &leftOut))
         << Utf8(problem);
     ASSERT_EQ(leftOut.count, 0u);
-    context.app = &app;
-    context.document = &document;
-    context.copyBuffer = new uint8_t[kCopyBufferSize];
-    context.copyBufferSize = kCopyBufferSize;
-    BackupEntry(&context);
-    EXPECT_EQ(context.outcome, OperationOutcome::kComplete);
+    run.NewRecord().document = &document;
+    run.Run();
+    EXPECT_EQ(run.context->outcome, OperationOutcome::kComplete);
   }
 
-  set_reader::ReadSet Read() { return set_reader::Read(HostPath(place.files / "B/X")); }
+  set_reader::ReadSet Read() { return set_reader::Read(HostPath(files / "B/X")); }
 
-  AccountPlace place;
-  AppObject app;
+  OperationRun run{kBackupOperation};
+  TestPlace& files = run.files;
   BackupSelection selection;
 };
 
 // Would catch every difference between the sets that are written and the format that is described.
 TEST_F(SetReaderTest, FindsAllThatABackupWrote) {
-  TestPlace& files = place.files;
   files.File("Users/Anna/AppData/Roaming/app/settings", "roaming");
   files.File("Users/Anna/AppData/Roaming/Packages/x", "left out");
   files.File("Users/Anna/AppData/Roaming/Microsoft/Windows/Recent/x", "left out");
   files.File("Users/Anna/AppData/Roaming/Microsoft/Windows/SendTo/link", "send to");
   files.File("Users/Anna/AppData/Local/Microsoft/Windows/Themes/blue.theme", "theme");
+  files.File("Users/Anna/AppData/Local/Packages/x", "left out");
   files.File("Users/Anna/Desktop/größe 日本.txt", "desktop");
+  for (const char* file : {"Downloads/f", "Music/g", "Pictures/h", "Videos/i"}) {
+    files.File(std::string("Users/Anna/") + file, file);
+  }
   files.File("Elsewhere/Papers/deep/down/letter.txt", "letter");
   files.File("Users/Anna/Contacts/eve.contact", "contact");
   files.File("Users/Anna/loose.txt", "left out");
@@ -86,13 +82,14 @@ TEST_F(SetReaderTest, FindsAllThatABackupWrote) {
   EXPECT_EQ(set.accounts[0].displayName, "Anna Berg");
   EXPECT_EQ(set.accounts[0].level, 2);
   EXPECT_TRUE(set.accounts[0].isOfLastBackup);
-  EXPECT_THAT(set.accounts[0].files,
-              UnorderedElementsAre(Pair("AppData/app/settings", "roaming"),
-                                   Pair("AppData/Microsoft/Windows/SendTo/link", "send to"),
-                                   Pair("LocalAppData/Microsoft/Windows/Themes/blue.theme", "theme"),
-                                   Pair("Desktop/größe 日本.txt", "desktop"),
-                                   Pair("Documents/deep/down/letter.txt", "letter"),
-                                   Pair("Contacts/eve.contact", "contact")));
+  EXPECT_THAT(
+      set.accounts[0].files,
+      UnorderedElementsAre(
+          Pair("AppData/app/settings", "roaming"), Pair("AppData/Microsoft/Windows/SendTo/link", "send to"),
+          Pair("LocalAppData/Microsoft/Windows/Themes/blue.theme", "theme"),
+          Pair("Desktop/größe 日本.txt", "desktop"), Pair("Documents/deep/down/letter.txt", "letter"),
+          Pair("Downloads/f", "Downloads/f"), Pair("Music/g", "Music/g"), Pair("Pictures/h", "Pictures/h"),
+          Pair("Videos/i", "Videos/i"), Pair("Contacts/eve.contact", "contact")));
   ASSERT_EQ(set.extraFolders.size(), 1u);
   EXPECT_EQ(set.extraFolders[0].sourcePath, Utf8(data));
   EXPECT_THAT(set.extraFolders[0].files, ElementsAre(Pair("one.txt", "1")));
@@ -100,10 +97,10 @@ TEST_F(SetReaderTest, FindsAllThatABackupWrote) {
 
 // A second run with another selection: what is in the set stays, and stays named.
 TEST_F(SetReaderTest, FindsTheDataOfEarlierBackups) {
-  const WString data = place.files.Folder("Data");
-  place.files.File("Data/one.txt", "1");
-  place.files.File("Users/Anna/Music/a.mp3", "a");
-  place.files.File("Users/Zoë/Music/z.mp3", "z");
+  const WString data = files.Folder("Data");
+  files.File("Data/one.txt", "1");
+  files.File("Users/Anna/Music/a.mp3", "a");
+  files.File("Users/Zoë/Music/z.mp3", "z");
   selection.folderMask = kMaskMusic;
   selection.userTicked = {true, false};
   selection.extraFolders.Add(data.CStr());
@@ -128,7 +125,7 @@ TEST_F(SetReaderTest, FindsTheDataOfEarlierBackups) {
   EXPECT_THAT(set.extraFolders[0].files, ElementsAre(Pair("one.txt", "1")));
 
   // An editor has left the info file without a mark: the program and the page mean the same letters.
-  const WString infoFile = place.files / "B/X/BackupInfo.grxsv";
+  const WString infoFile = files / "B/X/BackupInfo.grxsv";
   WriteBytes(infoFile.CStr(), "[Users]\nZo\xeb=1|\x80 \xdf\n");
   const set_reader::ReadSet edited = Read();
   ASSERT_EQ(edited.accounts.size(), 1u);

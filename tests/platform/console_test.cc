@@ -1,29 +1,11 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <signal.h>
-#include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <windows.h>
 
 #include <atomic>
-#include <string>
 
 namespace {
-
-// Standard error goes elsewhere while one of these lives.
-class ErrorStreamTo {
- public:
-  explicit ErrorStreamTo(int descriptor) : before_(dup(2)) { dup2(descriptor, 2); }
-  ~ErrorStreamTo() {
-    dup2(before_, 2);
-    close(before_);
-  }
-
- private:
-  int before_;
-};
 
 std::atomic<int> firstCalls{0};
 std::atomic<int> lastCalls{0};
@@ -41,40 +23,6 @@ BOOL WINAPI LastLetsGoOn(DWORD event) {
 }
 
 }  // namespace
-
-// A progress line would be drawn into a file, or not at all on a terminal.
-TEST(Console, OnlyATerminalIsAConsole) {
-  HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
-  DWORD mode, written;
-  CONSOLE_SCREEN_BUFFER_INFO info;
-  int file = open("/dev/null", O_WRONLY);
-  {
-    ErrorStreamTo redirected(file);
-    EXPECT_FALSE(GetConsoleMode(error, &mode));
-    EXPECT_FALSE(GetConsoleScreenBufferInfo(error, &info));
-    EXPECT_FALSE(WriteConsoleW(error, L"x", 1, &written, nullptr));
-  }
-  close(file);
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
-
-  int master, slave;
-  winsize size = {40, 123, 0, 0};
-  ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, &size), 0);
-  {
-    ErrorStreamTo terminal(slave);
-    EXPECT_TRUE(GetConsoleMode(error, &mode));
-    ASSERT_TRUE(GetConsoleScreenBufferInfo(error, &info));
-    EXPECT_EQ(info.dwSize.X, 123);
-    EXPECT_EQ(info.srWindow.Right - info.srWindow.Left, 122);
-    EXPECT_TRUE(WriteConsoleW(error, L"\x00e4\x20ac", 2, &written, nullptr));
-    EXPECT_EQ(written, 2u);
-  }
-  char bytes[20];
-  ssize_t count = read(master, bytes, sizeof(bytes));
-  EXPECT_EQ(std::string(bytes, static_cast<size_t>(std::max<ssize_t>(count, 0))), "ä€");
-  close(master);
-  close(slave);
-}
 
 // Ctrl+C would end the program in the middle of a file instead of stopping the run.
 TEST(Console, ControlHandlersAreAskedFromTheLastOnOnAThreadOfTheirOwn) {

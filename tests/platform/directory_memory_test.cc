@@ -6,18 +6,12 @@
 #include <set>
 #include <thread>
 
-#include "foundation/unique_handle.h"
 #include "machine/directory_memory.h"
 #include "machine/name_hashes.h"
 #include "machine/names.h"
 #include "platform/disk_side.h"
 
 namespace {
-
-UniqueFile Hold(const WString& path) {
-  return UniqueFile(CreateFileW(path.CStr(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
 
 bool IsThere(const WString& path) { return GetFileAttributesW(path.CStr()) != INVALID_FILE_ATTRIBUTES; }
 
@@ -28,14 +22,12 @@ void PassAMoment() { std::this_thread::sleep_for(std::chrono::milliseconds(15));
 TEST(DirectoryMemory, NewFilesReadTheDirectoryOnce) {
   for (bool isHeld : {true, false}) {
     TestPlace place;
-    UniqueFile held = isHeld ? Hold(place.Path()) : UniqueFile();
+    UniqueFile held = isHeld ? HoldDirectory(place.Path()) : UniqueFile();
     const uint64_t before = machine::DirectoryReadings();
     for (int i = 0; i < 500; ++i) {
       const WString target = place / ("File" + std::to_string(i)), temporary = place / "temporary";
       ASSERT_FALSE(IsThere(target));
-      UniqueFile file(CreateFileW(temporary.CStr(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-      ASSERT_TRUE(file);
-      file.Reset();
+      ASSERT_EQ(OpenError(temporary, CREATE_NEW), 0u);
       ASSERT_TRUE(MoveFileExW(temporary.CStr(), target.CStr(), 0));
     }
     EXPECT_LE(machine::DirectoryReadings() - before, 3u) << isHeld;
@@ -49,7 +41,7 @@ TEST(DirectoryMemory, NewFilesReadTheDirectoryOnce) {
 // Another program works in the same folder.
 TEST(DirectoryMemory, ForeignChangesAreSeen) {
   TestPlace place;
-  UniqueFile held = Hold(place.Path());
+  UniqueFile held = HoldDirectory(place.Path());
   const std::string folder = OnDisk(place.Path());
   EXPECT_FALSE(IsThere(place / "a.txt"));
   MakeOnDisk(folder + "/a.txt");
@@ -64,15 +56,13 @@ TEST(DirectoryMemory, ForeignChangesAreSeen) {
   PassAMoment();
   MakeOnDisk(folder + "/Foreign.txt");
   PassAMoment();
-  UniqueFile file(
-      CreateFileW((place / "FOREIGN.TXT").CStr(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-  EXPECT_EQ(file ? 0 : GetLastError(), DWORD{ERROR_FILE_EXISTS});
+  EXPECT_EQ(OpenError(place / "FOREIGN.TXT", CREATE_NEW), DWORD{ERROR_FILE_EXISTS});
 }
 
 // A change right in front of one of ours hides behind it, but not for long.
 TEST(DirectoryMemory, WhatHidBehindAChangeOfOursComesToLight) {
   TestPlace place;
-  UniqueFile held = Hold(place.Path());
+  UniqueFile held = HoldDirectory(place.Path());
   EXPECT_FALSE(IsThere(place / "x"));
   MakeOnDisk(OnDisk(place.Path()) + "/Hidden.txt");
   place.File("own.txt");

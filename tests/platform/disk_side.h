@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "foundation/unique_handle.h"
 #include "machine/machine.h"
 #include "support/test_place.h"
 
@@ -36,4 +37,20 @@ inline bool IsOnDisk(const std::string& file) {
 template <typename Result>
 DWORD ErrorOf(Result result) {
   return result ? ERROR_SUCCESS : GetLastError();
+}
+
+inline UniqueFile Open(const WString& path, DWORD access, DWORD share = 7, DWORD disposition = OPEN_EXISTING,
+                       DWORD flags = 0) {
+  return UniqueFile(CreateFileW(path.CStr(), access, share, nullptr, disposition, flags, nullptr));
+}
+
+// As a walk does, so that nobody moves it.
+inline UniqueFile HoldDirectory(const WString& path) {
+  return Open(path, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING,
+              FILE_FLAG_BACKUP_SEMANTICS);
+}
+
+// The error of opening a file that is there to read it, or with another disposition to write it.
+inline DWORD OpenError(const WString& path, DWORD disposition = OPEN_EXISTING) {
+  return ErrorOf(Open(path, disposition == OPEN_EXISTING ? GENERIC_READ : GENERIC_WRITE, 7, disposition));
 }

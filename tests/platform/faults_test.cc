@@ -1,9 +1,7 @@
 // Faults that are asked for hit the call that they name, and nothing else.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <windows.h>
 
-#include "foundation/unique_handle.h"
 #include "machine/faults.h"
 #include "platform/disk_side.h"
 
@@ -17,9 +15,7 @@ class Faults : public testing::Test {
   TestPlace place;
 };
 
-UniqueFile Create(const WString& path) {
-  return UniqueFile(CreateFileW(path.CStr(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-}
+UniqueFile Create(const WString& path) { return Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS); }
 
 TEST_F(Faults, TheNthMatchingCallFails) {
   FaultPlan plan;
@@ -43,25 +39,6 @@ TEST_F(Faults, TheNthMatchingCallFails) {
   EXPECT_FALSE(Create(place / "b1.txt"));
 }
 
-TEST_F(Faults, ADiskFillsUp) {
-  FaultPlan plan;
-  plan.bytesLeft = 10;
-  machine::SetFaults(plan);
-  UniqueFile file = Create(place / "a.txt");
-  DWORD written = 0;
-  EXPECT_TRUE(WriteFile(file.Get(), "1234567", 7, &written, nullptr));
-  EXPECT_EQ(ErrorOf(WriteFile(file.Get(), "1234567", 7, &written, nullptr)), DWORD{ERROR_DISK_FULL});
-  EXPECT_EQ(written, 3u);
-  file.Reset();
-  machine::ClearFaults();
-  place.File("big.txt", std::string(5000, 'x'));
-  machine::SetFaults(plan);
-  EXPECT_EQ(ErrorOf(CopyFileExW((place / "big.txt").CStr(), (place / "copy.txt").CStr(), nullptr, nullptr,
-                                nullptr, 0)),
-            DWORD{ERROR_DISK_FULL});
-  EXPECT_FALSE(place.Exists("copy.txt"));
-}
-
 TEST_F(Faults, SomethingHappensRightBeforeACall) {
   FaultPlan plan;
   plan.call = "DeleteFileW";
@@ -76,21 +53,6 @@ TEST_F(Faults, SomethingHappensRightBeforeACall) {
   EXPECT_EQ(place.Read("made.txt"), Utf8(place / "a.txt"));
   EXPECT_FALSE(place.Exists("other.txt"));
   EXPECT_EQ(machine::FaultCalls(), 1u);
-}
-
-TEST_F(Faults, TheProcessEndsBeforeAChange) {
-  pid_t child = fork();
-  if (child == 0) {
-    FaultPlan plan;
-    plan.endAtChange = 3;
-    machine::SetFaults(plan);
-    for (const char* name : {"1", "2", "3", "4"}) Create(place / name);
-    _exit(1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 99);
-  EXPECT_EQ(place.List(), (std::vector<std::string>{"1", "2"}));
 }
 
 TEST_F(Faults, AreReadFromAFile) {

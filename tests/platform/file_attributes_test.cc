@@ -7,19 +7,12 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "foundation/unique_handle.h"
 #include "machine/file_attributes.h"
 #include "platform/disk_side.h"
-#include "platform/machine_settings.h"
 
 namespace {
 
 constexpr uint64_t kTime = 127'500'000'012'345'670;  // in 2005
-
-UniqueFile OpenAttributes(const WString& path) {
-  return UniqueFile(CreateFileW(path.CStr(), FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, 7, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
 
 DWORD SetBasic(const WString& path, DWORD attributes, uint64_t created, uint64_t accessed, uint64_t written) {
   FILE_BASIC_INFO info = {};
@@ -27,7 +20,8 @@ DWORD SetBasic(const WString& path, DWORD attributes, uint64_t created, uint64_t
   info.CreationTime.QuadPart = static_cast<LONGLONG>(created);
   info.LastAccessTime.QuadPart = static_cast<LONGLONG>(accessed);
   info.LastWriteTime.QuadPart = static_cast<LONGLONG>(written);
-  UniqueFile file = OpenAttributes(path);
+  UniqueFile file =
+      Open(path, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, 7, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
   return ErrorOf(SetFileInformationByHandle(file.Get(), FileBasicInfo, &info, sizeof info));
 }
 
@@ -47,7 +41,7 @@ std::vector<uint8_t> Bytes(const std::string& hex) {
 TEST(FileAttributes, HaveTheFormThatSambaReads) {
   const std::string tail = "11 00 00 00 23 00 00 00 ";
   const std::string created = "ef cd ab 89 67 45 23 01";
-  const std::string zero(3 * 4, ' '), version3 = "30 78 32 33 00 00 03 00 03 00 00 00 " + tail;
+  const std::string version3 = "30 78 32 33 00 00 03 00 03 00 00 00 " + tail;
   std::string nothing;
   for (int i = 0; i < 20; ++i) nothing += "00 ";
   EXPECT_EQ(machine::MakeDosAttribute(0x23, 0x0123456789ABCDEF),
@@ -128,9 +122,7 @@ TEST_F(MountedDisk, WithoutAPlaceForAttributesFailsAloud) {
   EXPECT_EQ(ErrorOf(SetFileAttributesW(file.CStr(), FILE_ATTRIBUTE_HIDDEN)), DWORD{ERROR_NOT_SUPPORTED});
   EXPECT_EQ(SetBasic(file, FILE_ATTRIBUTE_ARCHIVE, kTime, 0, 0), DWORD{ERROR_NOT_SUPPORTED});
   EXPECT_EQ(SetBasic(file, 0, 0, kTime, kTime), 0u);
-  UniqueFile hidden(
-      CreateFileW(L"E:\\h", GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN, nullptr));
-  EXPECT_FALSE(hidden);
+  EXPECT_FALSE(Open(L"E:\\h", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
   EXPECT_FALSE(IsOnDisk(folder_ + "/h"));
 }
 

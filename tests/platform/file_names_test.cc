@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "foundation/unique_handle.h"
 #include "machine/name_pattern.h"
 #include "machine/names.h"
 #include "machine/windows_path.h"
@@ -13,12 +12,6 @@
 namespace {
 
 using testing::ElementsAre;
-
-DWORD OpenError(const WString& path, DWORD disposition = OPEN_EXISTING) {
-  UniqueFile file(CreateFileW(path.CStr(), disposition == OPEN_EXISTING ? GENERIC_READ : GENERIC_WRITE, 7,
-                              nullptr, disposition, 0, nullptr));
-  return file ? ERROR_SUCCESS : GetLastError();
-}
 
 // A file that a set holds as "Photo.JPG" would be copied again as "photo.jpg" beside it.
 TEST(FileNames, MatchWithoutCaseAndStayAsWritten) {
@@ -60,20 +53,16 @@ TEST(FileNames, ARenameMayChangeTheCaseAlone) {
 TEST(FileNames, NamesThatWindowsCannotSpellFindTheirFile) {
   TestPlace place;
   const std::string folder = OnDisk(place.Path());
-  const std::vector<std::string> names = {"a:b",
-                                          "what?",
-                                          "star*",
-                                          "back\\slash",
-                                          "quote\"",
-                                          "<>|",
-                                          "bell\a",
-                                          "latin1-\xe9",
-                                          "half\xc3",
-                                          "moved-\xef\x80\xba",
-                                          "over\xed\xa0\xbd\xed\xb8\x80",
-                                          "dot.",
-                                          "blank ",
-                                          "lone\xed\xa0\x80"};
+  const std::string names[] = {"a:b",
+                               "back\\slash",
+                               "<>|?*\"\a",
+                               "latin1-\xe9",
+                               "half\xc3",
+                               "moved-\xef\x80\xba",
+                               "lone\xed\xa0\x80",
+                               "over\xed\xa0\xbd\xed\xb8\x80",
+                               "dot.",
+                               "blank "};
   for (const std::string& name : names) ASSERT_TRUE(MakeOnDisk(folder + "/" + name, name));
   WIN32_FIND_DATAW data;
   UniqueFind search(FindFirstFileW((place / "*").CStr(), &data));
@@ -85,7 +74,7 @@ TEST(FileNames, NamesThatWindowsCannotSpellFindTheirFile) {
     EXPECT_TRUE(DeleteFileW(path.CStr())) << Utf8(path);
     ++count;
   } while (FindNextFileW(search.Get(), &data));
-  EXPECT_EQ(count, names.size());
+  EXPECT_EQ(count, std::size(names));
 }
 
 // A lone surrogate is a name on NTFS. Taken for U+FFFD, two files would become one.

@@ -99,38 +99,6 @@ TEST(Hive, RefusesToReplaceWhatSomebodyElseWrote) {
   EXPECT_NE(second->Find(second->Root(), "First"), 0u);
 }
 
-TEST(Hive, RefusesWhatIsNoHive) {
-  DiskFolder place;
-  const std::string whole = [&] {
-    EXPECT_EQ(Hive::Make(place.path + "/whole", SmallPlan()), 0u);
-    return BytesOf(place.path + "/whole");
-  }();
-  std::string badSum = whole, otherVersion = whole;
-  badSum[100] = static_cast<char>(badSum[100] ^ 1);
-  const struct {
-    const char* what;
-    std::string bytes;
-    DWORD error;
-  } cases[] = {
-      {"empty", "", ERROR_NOT_REGISTRY_FILE},
-      {"text", std::string(20000, 'x'), ERROR_NOT_REGISTRY_FILE},
-      {"base block alone", whole.substr(0, 4096), ERROR_NOT_REGISTRY_FILE},
-      {"bad checksum", badSum, ERROR_BADDB},
-      {"cut off", whole.substr(0, whole.size() - 100), ERROR_BADDB},
-  };
-  for (const auto& one : cases) {
-    PutBytes(place.path + "/b", one.bytes);
-    std::shared_ptr<Hive> hive;
-    EXPECT_EQ(Hive::Open(place.path + "/b", true, hive), one.error) << one.what;
-  }
-  std::filesystem::create_directory(place.path + "/folder");
-  std::filesystem::create_symlink(place.path + "/whole", place.path + "/link");
-  std::shared_ptr<Hive> hive;
-  EXPECT_EQ(Hive::Open(place.path + "/folder", true, hive), DWORD{ERROR_ACCESS_DENIED});
-  EXPECT_NE(Hive::Open(place.path + "/link", true, hive), 0u);
-  EXPECT_EQ(Hive::Open(place.path + "/none", true, hive), DWORD{ERROR_FILE_NOT_FOUND});
-}
-
 // Sums up a walk over all keys and values. It ends for every file, and stays below a bound.
 size_t WalkAll(Hive& hive, Hive::Key key, size_t depth) {
   size_t seen = 1;
@@ -142,16 +110,6 @@ size_t WalkAll(Hive& hive, Hive::Key key, size_t depth) {
   if (depth > 200 || hive.Children(key, children) != 0) return seen;
   for (const Hive::Key child : children) seen += WalkAll(hive, child, depth + 1);
   return seen;
-}
-
-void Repair(std::string& hive) {  // the checksum of the base block
-  uint32_t sum = 0;
-  for (size_t at = 0; at < 508; at += 4) {
-    uint32_t word;
-    memcpy(&word, hive.data() + at, 4);
-    sum ^= word;
-  }
-  memcpy(hive.data() + 508, &sum, 4);
 }
 
 // Files of dead disks are damaged in any place; a crash or an endless walk would end the rescue.
@@ -178,7 +136,6 @@ TEST(Hive, SurvivesAnyDamage) {
         memcpy(damaged.data() + at / 4 * 4, &words[next() % 5], 4);
       }
     }
-    Repair(damaged);
     PutBytes(place.path + "/b", damaged);
     std::shared_ptr<Hive> hive;
     if (Hive::Open(place.path + "/b", true, hive) != 0) continue;

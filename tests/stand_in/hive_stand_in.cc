@@ -70,10 +70,7 @@ LSTATUS WINAPI LoadKey(HKEY root, LPCWSTR name, LPCWSTR file) {
     return System<decltype(&RegLoadKeyW)>(L"advapi32", "RegLoadKeyW")(root, name, file);
   }
   LSTATUS status = PutHive(root, name, file);
-  if (status == ERROR_SUCCESS) {
-    TheAccounts().hiveLoads++;
-    Loaded().byProgram.emplace(root, Utf8(name));
-  }
+  if (status == ERROR_SUCCESS) Loaded().byProgram.emplace(root, Utf8(name));
   return status;
 }
 

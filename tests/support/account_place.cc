@@ -35,10 +35,20 @@ AccountPlace::~AccountPlace() {
   }
 }
 
-void AccountPlace::Add(const TestAccount& account) {
+WString AccountPlace::Add(const TestAccount& account) {
   // The registry may be one for several test programs that run at the same time.
   const std::string machine = "S-1-5-21-1004336348-1177238915-" + std::to_string(GetCurrentProcessId());
-  AddAs(account, machine + "-" + std::to_string(2001 + sids_.size()));
+  const std::string sid = machine + "-" + std::to_string(2001 + sids_.size());
+  sids_.emplace_back(account.name, sid);
+  AddTestAccount(account, account.hasSid ? sid : "");
+  files.Folder("Users/" + account.name);
+  if (!account.profileImagePath.empty()) AddToProfileList(account, sid);
+  if (account.hasHive) {
+    const WString file = Profile(account.name) + L"\\NTUSER.DAT";
+    WriteTestHive(file, account.hive.empty() ? UsualFolders(account.name) : account.hive);
+    if (account.isLoggedOn) LoadHiveAsSystem(sid, file);
+  }
+  return Wide(sid);
 }
 
 void AccountPlace::AddConsoleUser(const TestAccount& account) {
@@ -51,17 +61,6 @@ void AccountPlace::AddConsoleUser(const TestAccount& account) {
   }
   // Last, since this process has only the rights of that account then.
   SetTestConsoleUser(account.name);
-}
-
-void AccountPlace::AddAs(const TestAccount& account, const std::string& sid) {
-  sids_.emplace_back(account.name, sid);
-  AddTestAccount(account, account.hasSid ? sid : "");
-  files.Folder("Users/" + account.name);
-  if (!account.profileImagePath.empty()) AddToProfileList(account, sid);
-  if (!account.hasHive) return;
-  const WString file = Profile(account.name) + L"\\NTUSER.DAT";
-  WriteTestHive(file, account.hive.empty() ? UsualFolders(account.name) : account.hive);
-  if (account.isLoggedOn) LoadHiveAsSystem(sid, file);
 }
 
 void AccountPlace::AddToProfileList(const TestAccount& account, const std::string& sid) {

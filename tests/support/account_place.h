@@ -58,8 +58,9 @@ class AccountPlace {
   } accounts;
   TestPlace files;  // profiles lie in it, in the folder "Users"
 
-  // Adds an account, and makes its profile folder and hive. The account is the last of the database.
-  void Add(const TestAccount& account);
+  // Adds an account, and makes its profile folder and hive. The account is the last of the database. Gives
+  // its SID.
+  WString Add(const TestAccount& account);
 
   // Adds an account that sits at the console and that this process runs as. Profile and hive are those
   // that the system gives this process, where it gives any.
@@ -77,7 +78,6 @@ class AccountPlace {
   std::vector<TestValue> UsualFolders(const std::string& name);
 
  private:
-  void AddAs(const TestAccount& account, const std::string& sid);
   void AddToProfileList(const TestAccount& account, const std::string& sid);
 
   std::vector<std::pair<std::string, std::string>> sids_;  // names and their SIDs

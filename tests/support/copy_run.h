@@ -13,8 +13,11 @@
 struct FileFacts {
   std::string bytes;
   uint32_t attributes;
-  int64_t created, accessed, written;  // FILETIMEs
+  int64_t created, written;  // FILETIMEs
 };
+
+// A record for one run, with a buffer of its own.
+std::unique_ptr<OperationContext> NewContext(AppObject& app, const OperationObserver* observer = nullptr);
 
 class CopyRun {
  public:
@@ -34,7 +37,6 @@ class CopyRun {
 
   // The messages in the log so far, without their time stamps; the place is written as "~".
   std::vector<std::string> Log() const;
-  std::string Shown(const std::string& text) const;  // `text` with "~" for the place
 
  private:
   OperationObserver observer_;
@@ -44,6 +46,7 @@ class CopyRun {
 void UseSmallBlocks(OperationContext& context);
 
 FileFacts Facts(const WString& path);
-void SetWriteTime(const wchar_t* path, int64_t time);     // a FILETIME
+void SetTimes(const wchar_t* path, int64_t created, int64_t written);  // FILETIMEs; 0: it stays
+inline void SetWriteTime(const wchar_t* path, int64_t time) { SetTimes(path, 0, time); }
 inline constexpr int64_t kDay = 864000000000;             // of FILETIMEs
 inline constexpr int64_t kSomeTime = 132000000000000000;  // in 2019

@@ -1,6 +1,7 @@
 #include "support/operation_run.h"
 
 #include "operations/copy_move_selection.h"
+#include "support/copy_run.h"
 
 namespace {
 
@@ -16,11 +17,11 @@ OperationRun::OperationRun(OperationKind kind, TestSystem system)
   observer_.owner = this;
   observer_.phaseBegins = [](void* owner, const wchar_t*, const wchar_t* target) {
     OperationRun& run = RunOf(owner);
-    run.told.push_back(run.Shown(Utf8(target)));
+    run.told.push_back(run.files.Shown(Utf8(target)));
     if (++run.phases == run.stopAtPhase) run.context->stop = 1;
   };
   observer_.itemFailed = [](void* owner, const wchar_t* text, uint32_t) {
-    RunOf(owner).told.push_back(RunOf(owner).Shown(Utf8(text)));
+    RunOf(owner).told.push_back(RunOf(owner).files.Shown(Utf8(text)));
   };
   NewRecord();
 }
@@ -30,13 +31,9 @@ OperationContext& OperationRun::NewRecord() {
   const bool moves = context && context->moveFiles;
   told.clear();
   phases = 0;
-  context = std::make_unique<OperationContext>();
-  context->app = &app;
+  context = NewContext(app, &observer_);
   context->kind = kind_;
   context->document = &document;
-  context->observer = &observer_;
-  context->copyBuffer = new uint8_t[kCopyBufferSize];
-  context->copyBufferSize = kCopyBufferSize;
   context->sourceVersion = version;
   context->moveFiles = moves;
   return *context;
@@ -53,15 +50,6 @@ int32_t OperationRun::Run() {
       return app.RunCopyMoveWorker(*context);
   }
   return 0;
-}
-
-std::string OperationRun::Shown(const std::string& text) const {
-  const std::string folder = Utf8(files.Path());
-  std::string shown = text;
-  for (size_t at = shown.find(folder); at != std::string::npos; at = shown.find(folder)) {
-    shown.replace(at, folder.size(), "~");
-  }
-  return shown;
 }
 
 bool OperationRun::IsTold(const std::string& part) const {

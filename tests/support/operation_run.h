@@ -29,8 +29,7 @@ class OperationRun {
 
   int32_t Run();
 
-  std::string Shown(const std::string& text) const;  // with "~" for the place
-  bool IsTold(const std::string& part) const;        // whether a line holds it
+  bool IsTold(const std::string& part) const;  // whether a line holds it
 
  private:
   const OperationKind kind_;

@@ -42,8 +42,9 @@ class OperationScene {
   void ExpectWhole(const std::string& when, bool mayLeaveTemporary = false) const;
 
  private:
-  void Add(const std::string& group, const std::string& name, const std::string& old,
-           const std::string& logicalName);
+  // A file of a folder that lies at one place in a set and at another in a profile.
+  void Add(const std::string& inSet, const std::string& inProfile, const std::string& name,
+           const std::string& old, const std::string& logicalName);
 
   void AddExtra();
 

@@ -4,44 +4,21 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 #include <random>
 
 #include "support/copy_run.h"
+#include "support/random_people.h"
 
 namespace {
 
-struct Entry {
-  bool isFolder = false;
-  std::string bytes;
-  uint32_t attributes = 0;
-  int64_t written = 0;
+using random_people::File;
+using random_people::Files;
 
-  bool operator==(const Entry& other) const {
-    if (isFolder || other.isFolder) return isFolder == other.isFolder;
-    return bytes == other.bytes && attributes == other.attributes && written == other.written;
-  }
-};
-using Tree = std::map<std::string, Entry>;  // by relative path, folders in front of what they hold
-
-void PrintTo(const Entry& entry, std::ostream* out) {
-  *out << (entry.isFolder ? "folder" : std::to_string(entry.bytes.size()) + " bytes") << ", attributes "
-       << entry.attributes << ", written " << entry.written;
-}
-
-Tree ReadTree(const TestPlace& place, const std::string& root) {
-  Tree tree;
-  for (const std::string& path : place.List(root)) {
-    WString whole = place / (root + "/" + path);
-    Entry& entry = tree[path];
-    entry.isFolder = (Attributes(whole.CStr()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (entry.isFolder) continue;
-    FileFacts facts = Facts(whole);
-    entry.bytes = facts.bytes;
-    entry.attributes =
-        facts.attributes & ~static_cast<uint32_t>(FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NORMAL);
-    entry.written = facts.written;
-  }
+// Without the times of making, which the engine leaves to the system.
+Files ReadTree(const WString& folder) {
+  Files tree =
+      random_people::ReadTree(folder, ~static_cast<uint32_t>(FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NORMAL));
+  for (auto& [path, file] : tree) file.created = 0;
   return tree;
 }
 
@@ -60,12 +37,12 @@ class RandomCopy {
   }
 
   void Check() {
-    const Tree source = ReadTree(run_.place, "source");
-    Tree target = ReadTree(run_.place, "target"), left = source;
+    const Files source = ReadTree(run_.place / "source");
+    Files target = ReadTree(run_.place / "target"), left = source;
     Expect(source, target, left);
     EXPECT_EQ(run_.Run(fast_), errors_ == 0);
-    EXPECT_EQ(ReadTree(run_.place, "target"), target);
-    EXPECT_EQ(ReadTree(run_.place, "source"), left);
+    EXPECT_EQ(ReadTree(run_.place / "target"), target);
+    EXPECT_EQ(ReadTree(run_.place / "source"), left);
     EXPECT_EQ(run_.context->failures, failures_) << testing::PrintToString(run_.told);
     EXPECT_EQ(run_.context->errors, errors_);
     EXPECT_EQ(run_.Log().size(), static_cast<size_t>(failures_));
@@ -145,7 +122,7 @@ class RandomCopy {
   }
 
   // What is at the target, at the source, and in the counts when the engine keeps to its rules.
-  void Expect(const Tree& source, Tree& target, Tree& left) {
+  void Expect(const Files& source, Files& target, Files& left) {
     std::vector<std::string> closed;  // folders that aren't gone into
     for (const auto& [path, entry] : source) {
       bool isInside = std::any_of(closed.begin(), closed.end(), [&path = path](const std::string& folder) {
@@ -173,7 +150,7 @@ class RandomCopy {
     }
   }
 
-  bool IsWanted(const Entry& entry, const Entry* there) const {
+  bool IsWanted(const File& entry, const File* there) const {
     const OperationContext& context = *run_.context;
     if (entry.attributes & context.attributeMask) return false;
     if (!there) return true;

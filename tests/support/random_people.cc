@@ -1,9 +1,9 @@
 #include "support/random_people.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
-#include "foundation/unique_handle.h"
+#include <ostream>
+
 #include "support/copy_run.h"
 
 namespace random_people {
@@ -104,31 +104,33 @@ std::string FolderOf(const Person& person, const Kind& kind) {
   return "Users/" + person.name + (kind.inProfile[0] ? "/" : "") + kind.inProfile;
 }
 
-namespace {
-
-void Put(const WString& path, const File& file) {
-  WString whole(path);
-  whole.AddLongPathPrefix();
-  if (file.isFolder) return;
-  WriteBytes(path.CStr(), file.bytes);
-  const FILETIME written = {static_cast<DWORD>(file.written), static_cast<DWORD>(file.written >> 32)};
-  const FILETIME created = {static_cast<DWORD>(file.created), static_cast<DWORD>(file.created >> 32)};
-  {
-    UniqueFile handle(
-        CreateFileW(whole.CStr(), FILE_WRITE_ATTRIBUTES, 7, nullptr, OPEN_EXISTING, 0, nullptr));
-    EXPECT_TRUE(handle && SetFileTime(handle.Get(), &created, nullptr, &written)) << Utf8(path);
+Files ReadTree(const WString& folder, uint32_t attributes) {
+  Files files;
+  for (const std::string& path : ListTree(folder)) {
+    if (path.ends_with("NTUSER.DAT")) continue;
+    WString whole = folder + L"\\" + Wide(path);
+    whole.Replace(L"/", L"\\");
+    File& file = files[path];
+    file.isFolder = (Attributes(whole.CStr()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (file.isFolder) continue;
+    const FileFacts facts = Facts(whole);
+    file.bytes = facts.bytes;
+    file.attributes = facts.attributes & attributes;
+    file.written = facts.written;
+    file.created = facts.created;
   }
-  SetAttributes(path.CStr(), file.attributes ? file.attributes : FILE_ATTRIBUTE_NORMAL);
+  return files;
 }
-
-}  // namespace
 
 void PutTree(TestPlace& place, const std::string& folder, const Files& files) {
   for (const auto& [path, file] : files) {
-    const size_t slash = path.rfind('/');
-    place.Folder(folder + (slash == std::string::npos ? "" : "/" + path.substr(0, slash)));
-    if (file.isFolder) place.Folder(folder + "/" + path);
-    Put(place / (folder + "/" + path), file);
+    if (file.isFolder) {
+      place.Folder(folder + "/" + path);
+      continue;
+    }
+    const WString whole = place.File(folder + "/" + path, file.bytes);
+    SetTimes(whole.CStr(), file.created, file.written);
+    SetAttributes(whole.CStr(), file.attributes ? file.attributes : FILE_ATTRIBUTE_NORMAL);
   }
 }
 

@@ -35,7 +35,7 @@ struct File {
     return bytes == other.bytes && attributes == other.attributes && written == other.written && isAge;
   }
 };
-using Files = std::map<std::string, File>;  // by path with slashes
+using Files = std::map<std::string, File>;  // by path with slashes, folders in front of what they hold
 
 void PrintTo(const File& file, std::ostream* out);
 
@@ -68,6 +68,9 @@ std::string FolderOf(const Person& person, const Kind& kind);
 
 // The account's hive, with its folders made.
 std::vector<TestValue> Hive(AccountPlace& machine, const Person& person);
+
+// What is below a folder but for hives, with those of its attributes that are in the mask.
+Files ReadTree(const WString& folder, uint32_t attributes);
 
 void PutTree(TestPlace& place, const std::string& folder, const Files& files);
 

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "support/utf8_points.h"
+
 namespace set_reader {
 namespace {
 
@@ -22,17 +24,6 @@ std::string ReadFile(const fs::path& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-void AddUtf8(uint32_t point, std::string& text) {
-  if (point < 0x80) {
-    text += static_cast<char>(point);
-    return;
-  }
-  const int more = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
-  constexpr uint8_t kFirst[] = {0, 0xc0, 0xe0, 0xf0};
-  text += static_cast<char>(kFirst[more] | point >> (6 * more));
-  for (int i = more - 1; i >= 0; i--) text += static_cast<char>(0x80 | (point >> (6 * i) & 0x3f));
-}
-
 // UTF-16 of either order, without its mark, as UTF-8. A lone surrogate becomes three bytes.
 std::string FromUtf16(const std::string& bytes, bool isLittleEndian) {
   const auto unit = [&](size_t at) {
@@ -47,7 +38,7 @@ std::string FromUtf16(const std::string& bytes, bool isLittleEndian) {
       point = 0x10000 + ((point & 0x3ff) << 10 | (unit(at + 2) & 0x3ff));
       at += 2;
     }
-    AddUtf8(point, text);
+    AddPoint(text, point);
   }
   return text;
 }
@@ -61,7 +52,7 @@ std::string FromAnsi(const std::string& bytes) {
   std::string text;
   for (const char byte : bytes) {
     const auto value = static_cast<uint8_t>(byte);
-    AddUtf8(value >= 0x80 && value < 0xa0 ? kFrom0x80[value - 0x80] : value, text);
+    AddPoint(text, value >= 0x80 && value < 0xa0 ? kFrom0x80[value - 0x80] : value);
   }
   return text;
 }
@@ -73,10 +64,7 @@ std::string ToUtf16WithTerminator(const std::string& utf8) {
     bytes += static_cast<char>(unit >> 8);
   };
   for (size_t at = 0; at < utf8.size();) {
-    const auto first = static_cast<uint8_t>(utf8[at++]);
-    const int more = first >= 0xf0 ? 3 : first >= 0xe0 ? 2 : first >= 0xc0 ? 1 : 0;
-    uint32_t point = more == 0 ? first : first & (0x3fu >> more);
-    for (int i = 0; i < more; i++) point = point << 6 | (static_cast<uint8_t>(utf8[at++]) & 0x3f);
+    uint32_t point = NextPoint(utf8, at);
     if (point >= 0x10000) add(0xd7c0 + (point >> 10)), point = 0xdc00 | (point & 0x3ff);
     add(point);
   }

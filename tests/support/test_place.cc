@@ -98,11 +98,27 @@ bool TestPlace::Exists(const std::string& relative) const {
   return Attributes((*this / relative).CStr()) != INVALID_FILE_ATTRIBUTES;
 }
 
-std::vector<std::string> TestPlace::List(const std::string& relative) const {
+std::vector<std::string> ListTree(const WString& folder) {
   std::vector<std::string> found;
-  AddTree(*this / relative, "", found);
+  AddTree(folder, "", found);
   std::sort(found.begin(), found.end());
   return found;
+}
+
+std::string TestPlace::Shown(std::string text) const {
+  const std::string folder = Utf8(path_);
+  for (size_t at = text.find(folder); at != std::string::npos; at = text.find(folder)) {
+    text.replace(at, folder.size(), "~");
+  }
+  return text;
+}
+
+std::vector<std::string> TestPlace::Files(const std::string& relative) const {
+  std::vector<std::string> files = List(relative);
+  std::erase_if(files, [&](const std::string& path) {
+    return (Attributes((*this / (relative + "/" + path)).CStr()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  });
+  return files;
 }
 
 void WriteBytes(const wchar_t* path, const std::string& bytes) {

@@ -16,6 +16,8 @@ std::string Utf8(const wchar_t* text);
 inline std::string Utf8(const WString& text) { return Utf8(text.CStr()); }
 void PrintTo(const WString& text, std::ostream* out);
 
+std::vector<std::string> ListTree(const WString& folder);  // whole, sorted, "a/b"; links aren't followed
+
 // An empty folder of this test alone, deleted with all it holds at the end.
 class TestPlace {
  public:
@@ -33,7 +35,9 @@ class TestPlace {
   WString Link(const std::string& relative, const std::string& target);  // directory symbolic link
   std::string Read(const std::string& relative) const;  // the bytes; fails the test if missing
   bool Exists(const std::string& relative) const;
-  std::vector<std::string> List(const std::string& relative = "") const;  // whole tree, sorted, "a/b"
+  std::vector<std::string> List(const std::string& relative = "") const { return ListTree(*this / relative); }
+  std::vector<std::string> Files(const std::string& relative) const;  // the same without folders
+  std::string Shown(std::string text) const;                          // with "~" for the place
 
  private:
   WString path_;

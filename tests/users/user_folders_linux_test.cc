@@ -9,11 +9,10 @@ namespace {
 
 TEST(UserFolders, AreThoseOfTheOldLayoutBeforeVista) {
   AccountPlace place;
-  place.Add({.name = "Anna", .hive = {{kShellFoldersKey, "Personal", "D:\\Docs"}}});
-  place.Add({.name = "NoHive", .hasHive = false});
+  const WString sid = place.Add({.name = "Anna", .hive = {{kShellFoldersKey, "Personal", "D:\\Docs"}}});
+  const WString noHive = place.Add({.name = "NoHive", .hasHive = false});
   machine::ThisMachine().settings.major = 5;
   machine::ThisMachine().settings.minor = 1;
-  const WString sid = Wide(place.Sid("Anna")), noHive = Wide(place.Sid("NoHive"));
 
   WString folder;
   EXPECT_TRUE(GetUserFolder(sid.CStr(), L"local appdata", folder, L"Q:\\Anna"));

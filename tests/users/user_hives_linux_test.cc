@@ -14,8 +14,7 @@ namespace {
 // account its profile at the next logon.
 TEST(UserHives, AreUnloadedWhenOthersLetGoOfThem) {
   AccountPlace place;
-  place.Add({.name = "Anna"});
-  const WString sid = Wide(place.Sid("Anna"));
+  const WString sid = place.Add({.name = "Anna"});
   ASSERT_TRUE(EnsureUserHiveLoaded(sid.CStr()));
   UniqueKey key;
   ASSERT_EQ(RegOpenKeyExW(HKEY_USERS, sid.CStr(), 0, KEY_READ, key.Receive()), ERROR_SUCCESS);
@@ -39,14 +38,14 @@ TEST(UserHives, AreUnloadedWhenOthersLetGoOfThem) {
 // No privilege helps the question whether the file is there.
 TEST(UserHives, AreLoadedFromAProfileThatDeniesItsReader) {
   AccountPlace place;
-  place.Add({.name = "Anna"});
+  const WString sid = place.Add({.name = "Anna"});
   machine::FaultPlan plan;
   plan.call = "GetFileAttributesW";
   plan.path = "*\\NTUSER.DAT";
   plan.nth = 1;
   plan.error = ERROR_ACCESS_DENIED;
   machine::SetFaults(plan);
-  EXPECT_TRUE(EnsureUserHiveLoaded(Wide(place.Sid("Anna")).CStr()));
+  EXPECT_TRUE(EnsureUserHiveLoaded(sid.CStr()));
   EXPECT_EQ(machine::FaultCalls(), 1u);
   machine::ClearFaults();
 }

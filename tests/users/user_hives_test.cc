@@ -6,7 +6,7 @@
 #include <barrier>
 #include <thread>
 
-#include "foundation/unique_handle.h"
+#include "foundation/registry.h"
 #include "support/account_place.h"
 #include "users/account_lookup.h"
 
@@ -16,13 +16,10 @@ namespace {
 // can't be loaded any more.
 TEST(UserHives, AreLoadedOnce) {
   AccountPlace place;
-  place.Add({.name = "Anna"});
-  const WString sid = Wide(place.Sid("Anna"));
+  const WString sid = place.Add({.name = "Anna"});
   ASSERT_TRUE(EnsureUserHiveLoaded(sid.CStr()));
 
-  WString key;
-  key.Concat(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\", sid.CStr());
-  ASSERT_EQ(RegDeleteKeyExW(HKEY_LOCAL_MACHINE, key.CStr(), KEY_WOW64_64KEY, 0), ERROR_SUCCESS);
+  ASSERT_TRUE(RegistryKey().DeleteTree((WString(kProfileListKey) + L"\\" + sid).CStr()));
   EXPECT_TRUE(EnsureUserHiveLoaded(sid.CStr()));
 
   UnloadOwnHives();
@@ -34,8 +31,7 @@ TEST(UserHives, AreLoadedOnce) {
 TEST(UserHives, CanBeAskedForFromSeveralThreads) {
   constexpr int kThreads = 4, kRounds = 150;
   AccountPlace place;
-  place.Add({.name = "Anna"});
-  const WString sid = Wide(place.Sid("Anna"));
+  const WString sid = place.Add({.name = "Anna"});
   std::atomic<int> failures = 0;
   std::barrier begin(kThreads, [] { UnloadOwnHives(); });
   std::vector<std::thread> threads;
@@ -51,21 +47,16 @@ TEST(UserHives, CanBeAskedForFromSeveralThreads) {
   EXPECT_EQ(failures, 0);
 }
 
-TEST(UserHives, NeedASidAndAProfile) {
-  AccountPlace place;
-  place.Add({.name = "NoHive", .hasHive = false});
-  place.Add({.name = "NoProfile", .profileImagePath = ""});
-  EXPECT_FALSE(EnsureUserHiveLoaded(Wide(place.Sid("NoHive")).CStr()));
-  EXPECT_FALSE(EnsureUserHiveLoaded(Wide(place.Sid("NoProfile")).CStr()));
-}
-
 // An empty file would be made into a hive, and then nobody would know why the folders are missing.
 TEST(UserHives, TellWhyTheyAreNotThere) {
   AccountPlace place;
-  place.Add({.name = "Anna"});
-  place.Add({.name = "NoHive", .hasHive = false});
+  const WString anna = place.Add({.name = "Anna"});
+  const WString noHive = place.Add({.name = "NoHive", .hasHive = false});
   place.Add({.name = "Empty", .hasHive = false});
+  const WString noProfile = place.Add({.name = "NoProfile", .profileImagePath = ""});
   place.files.File("Users/Empty/NTUSER.DAT", "");
+  EXPECT_FALSE(EnsureUserHiveLoaded(noHive.CStr()));
+  EXPECT_FALSE(EnsureUserHiveLoaded(noProfile.CStr()));
   const std::pair<const char*, LSTATUS> cases[] = {{"NoHive", ERROR_FILE_NOT_FOUND}, {"Empty", ERROR_BADDB}};
   for (const auto& [name, status] : cases) {
     HiveProblem problem;
@@ -76,7 +67,7 @@ TEST(UserHives, TellWhyTheyAreNotThere) {
     EXPECT_FALSE(place.IsHiveLoaded(name));
   }
   HiveProblem none;
-  EXPECT_FALSE(FindHiveProblem(Wide(place.Sid("Anna")).CStr(), place.Profile("Anna").CStr(), none));
+  EXPECT_FALSE(FindHiveProblem(anna.CStr(), place.Profile("Anna").CStr(), none));
 }
 
 }  // namespace

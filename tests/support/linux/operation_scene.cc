@@ -13,17 +13,6 @@
 
 namespace {
 
-// Where each group of folders lies in a set, in an installation and in a profile.
-struct Group {
-  const char* name;
-  const char* inSet;
-  const char* inProfile;
-};
-constexpr Group kGroups[] = {{"roaming", "AppData", "AppData/Roaming"},
-                             {"local", "LocalAppData", "AppData/Local"},
-                             {"documents", "Documents", "Documents"},
-                             {"other", "Contacts", "Contacts"}};
-
 bool IsMove(Operation operation) { return operation == Operation::kMove; }
 bool IsCopyMove(Operation operation) { return operation >= Operation::kCopy; }
 
@@ -51,13 +40,13 @@ OperationScene::OperationScene(Operation operation) : operation_(operation) {
   }
   run->machine.Add({.name = "Eve"});
   run->app.logPath = L"C:\\norvane.log";  // beside the place, so that faults of the place spare it
-  Add("roaming", "a", "old bytes of a", "AppData");
-  Add("roaming", "Microsoft/Windows/SendTo/s", "", "AppData");
-  Add("local", "b", "", "Local AppData");
-  Add("documents", "c", "old c", "Personal");
-  Add("documents", "dir/d", "", "Personal");
-  Add("documents", "dir/deep/read-only", "old read-only", "Personal");
-  Add("other", "e", "", "");
+  Add("AppData", "AppData/Roaming", "a", "old bytes of a", "AppData");
+  Add("AppData", "AppData/Roaming", "Microsoft/Windows/SendTo/s", "", "AppData");
+  Add("LocalAppData", "AppData/Local", "b", "", "Local AppData");
+  Add("Documents", "Documents", "c", "old c", "Personal");
+  Add("Documents", "Documents", "dir/d", "", "Personal");
+  Add("Documents", "Documents", "dir/deep/read-only", "old read-only", "Personal");
+  Add("Contacts", "Contacts", "e", "", "");
   if (IsCopyMove(operation)) return;
   AddExtra();
 }
@@ -72,20 +61,17 @@ void OperationScene::AddExtra() {
   files.push_back({kept, place, "new bytes of f", "old f", ""});
 }
 
-void OperationScene::Add(const std::string& group, const std::string& name, const std::string& old,
-                         const std::string& logicalName) {
-  for (const Group& known : kGroups) {
-    if (group != known.name) continue;
-    std::string source = std::string("from/") + known.inProfile;
-    if (operation_ == Operation::kRestore) source = std::string("set/Users/Anna/") + known.inSet;
-    if (operation_ == Operation::kRestoreFrom) source = std::string("old/Users/Anna/") + known.inProfile;
-    std::string target = (IsCopyMove(operation_) ? "to/" : "Users/Bob/") + std::string(known.inProfile);
-    if (operation_ == Operation::kBackup) {
-      source = std::string("Users/Anna/") + known.inProfile;
-      target = std::string("set/Users/Anna/") + known.inSet;
-    }
-    files.push_back({source + "/" + name, target + "/" + name, "new bytes of " + name, old, logicalName});
+void OperationScene::Add(const std::string& inSet, const std::string& inProfile, const std::string& name,
+                         const std::string& old, const std::string& logicalName) {
+  std::string source = "from/" + inProfile;
+  std::string target = (IsCopyMove(operation_) ? "to/" : "Users/Bob/") + inProfile;
+  if (operation_ == Operation::kRestore) source = "set/Users/Anna/" + inSet;
+  if (operation_ == Operation::kRestoreFrom) source = "old/Users/Anna/" + inProfile;
+  if (operation_ == Operation::kBackup) {
+    source = "Users/Anna/" + inProfile;
+    target = "set/Users/Anna/" + inSet;
   }
+  files.push_back({source + "/" + name, target + "/" + name, "new bytes of " + name, old, logicalName});
 }
 
 void OperationScene::Reset(bool onlyMissing) {

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
-#include "foundation/unique_handle.h"
 #include "operations/backup_start.h"
 #include "operations/restore_selection.h"
 #include "support/copy_run.h"
@@ -22,6 +22,11 @@ using namespace random_people;
 
 constexpr uint32_t kCompared = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
 
+std::string InFolder(const WString& folder, std::string relative) {
+  std::replace(relative.begin(), relative.end(), '/', '\\');
+  return Utf8(folder) + "\\" + relative;
+}
+
 class RandomRestore {
  public:
   explicit RandomRestore(uint32_t seed) : chances_(seed) {}
@@ -34,7 +39,7 @@ class RandomRestore {
   void Compare(RestoreRun& run);
   void ExpectPerson(RestoreRun& run, const Person& from, const Person& to, uint32_t mask, bool onlyMissing);
   std::string PlaceOf(RestoreRun& run, const Person& person, const Kind& kind);
-  void Read(const WString& folder, const std::string& shown, Files& found);
+  void Read(const WString& folder, Files& found);
   Files ReadMachine(RestoreRun& run);
 
   Chances chances_;
@@ -50,10 +55,7 @@ std::string RandomRestore::PlaceOf(RestoreRun& run, const Person& person, const 
   if (place != person.places.end()) return Utf8(run.files / place->second);
   WString sid, profile;
   EXPECT_TRUE(GetAccountSidAndProfile(Wide(person.name).CStr(), sid, &profile)) << person.name;
-  const std::string inProfile = kind.inProfile;
-  std::string path = Utf8(profile) + (inProfile.empty() ? "" : "\\" + inProfile);
-  for (char& unit : path) unit = unit == '/' ? '\\' : unit;
-  return path;
+  return kind.inProfile[0] ? InFolder(profile, kind.inProfile) : Utf8(profile);
 }
 
 void RandomRestore::BackUp() {
@@ -79,17 +81,14 @@ void RandomRestore::BackUp() {
     selection.extraFolders.Add((machine.files / "Extra").CStr());
     selection.extraTicked.push_back(true);
   }
-  OperationContext context;
+  const std::unique_ptr<OperationContext> context = NewContext(app);
   IniDocument document;
   WString problem;
   ASSERT_TRUE(StartBackupSet((machine.files / "B/X").CStr(), selection, document, problem, nullptr))
       << Utf8(problem);
-  context.app = &app;
-  context.document = &document;
-  context.copyBuffer = new uint8_t[kCopyBufferSize];
-  context.copyBufferSize = kCopyBufferSize;
-  BackupEntry(&context);
-  EXPECT_EQ(context.failures, 0);
+  context->document = &document;
+  BackupEntry(context.get());
+  EXPECT_EQ(context->failures, 0);
   document.Save();
   std::string folder = (std::filesystem::temp_directory_path() / "norvane-set.XXXXXX").string();
   ASSERT_TRUE(mkdtemp(folder.data()));
@@ -133,38 +132,20 @@ void RandomRestore::MakeOther(RestoreRun& run, size_t i) {
   }
 }
 
-void RandomRestore::Read(const WString& folder, const std::string& shown, Files& found) {
-  WIN32_FIND_DATAW data;
-  WString pattern = folder + L"\\*";
-  UniqueFind search(FindFirstFileW(pattern.AddLongPathPrefix().CStr(), &data));
-  if (!search) return;
-  do {
-    const WString name(data.cFileName);
-    if (name == L"." || name == L".." || name == L"NTUSER.DAT" || name == L"log.txt") continue;
-    const WString path = folder + L"\\" + name;
-    File& file = found[shown + "\\" + Utf8(name)];
-    file.isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (file.isFolder) {
-      Read(path, shown + "\\" + Utf8(name), found);
-      continue;
-    }
-    const FileFacts facts = Facts(path);
-    file.bytes = facts.bytes;
-    file.attributes = facts.attributes & kCompared;
-    file.written = facts.written;
-    file.created = facts.created;
-  } while (FindNextFileW(search.Get(), &data));
+// Adds what is below the folder, by whole paths.
+void RandomRestore::Read(const WString& folder, Files& found) {
+  if (Attributes(folder.CStr()) == INVALID_FILE_ATTRIBUTES) return;
+  for (const auto& [path, file] : ReadTree(folder, kCompared)) found[InFolder(folder, path)] = file;
 }
 
 Files RandomRestore::ReadMachine(RestoreRun& run) {
   Files found;
-  for (const char* folder : {"Users", "Moved", "Back"})
-    Read(run.files / folder, Utf8(run.files / folder), found);
+  for (const char* folder : {"Users", "Moved", "Back"}) Read(run.files / folder, found);
   for (const Person& person : others_) {
     WString sid;
     if (!GetAccountSidAndProfile(Wide(person.name).CStr(), sid)) continue;  // nobody wanted it made
     const std::string profile = PlaceOf(run, person, kKinds[kKindCount - 1]);
-    if (!profile.starts_with(Utf8(run.files.Path()))) Read(Wide(profile), profile, found);
+    if (!profile.starts_with(Utf8(run.files.Path()))) Read(Wide(profile), found);
   }
   return found;
 }
@@ -183,9 +164,7 @@ void RandomRestore::ExpectPerson(RestoreRun& run, const Person& from, const Pers
     for (const auto& [path, file] : from.files[i]) {
       if (kind.isData && IsWorthless(kind, path)) continue;
       if (!kind.isData && !file.isFolder && (file.attributes & skipped_)) continue;
-      std::string target = place + "\\" + path;
-      for (char& unit : target) unit = unit == '/' ? '\\' : unit;
-      File& there = expected_[target];
+      File& there = expected_[InFolder(Wide(place), path)];
       const bool exists = there.written != 0;
       if (file.isFolder) {
         there.isFolder = true;
@@ -219,7 +198,7 @@ void RandomRestore::Check() {
   for (RestoreUserRow& row : selection.users) row.isTicked = !chances_.OneIn(5);
   for (RestoreFolderRow& row : selection.extraFolders) row.target = run.files / "Back";
   WriteRestoreSelection(run.document, root, selection);
-  for (const char* folder : {"Users", "Moved"}) Read(run.files / folder, Utf8(run.files / folder), expected_);
+  for (const char* folder : {"Users", "Moved"}) Read(run.files / folder, expected_);
   run.Run();
 
   EXPECT_EQ(selection.users.size(), backupMask_ ? people_.size() : 0u);
@@ -233,9 +212,7 @@ void RandomRestore::Check() {
   }
   for (const auto& [path, file] : extra_) {
     if (!file.isFolder && (file.attributes & skipped_)) continue;
-    std::string target = Utf8(run.files / "Back") + "\\" + path;
-    for (char& unit : target) unit = unit == '/' ? '\\' : unit;
-    expected_[target] = file;
+    expected_[InFolder(run.files / "Back", path)] = file;
   }
   EXPECT_EQ(run.context->failures, failures_) << testing::PrintToString(run.told);
   EXPECT_EQ(Attributes(L"C:\\Windows\\norvane-test"), INVALID_FILE_ATTRIBUTES);
