@@ -32,6 +32,11 @@ bool BeginsWith(const wchar_t* row, const wchar_t* name) {
   return true;
 }
 
+// Whether `row` begins the section whose name and closing bracket `inBrackets` is.
+bool IsLineOfSection(const WString& row, const wchar_t* inBrackets) {
+  return !row.IsEmpty() && row.buffer[0] == L'[' && BeginsWith(row.buffer + 1, inBrackets);
+}
+
 WString Trimmed(const wchar_t* key) {
   WString trimmed(key);
   trimmed.Trim(kTrimLeading | kTrimTrailing);
@@ -134,10 +139,7 @@ void IniDocument::FindSection(const wchar_t* section, uint32_t& first, uint32_t&
   scratch.Concat(L"[", section, L"]");
   const wchar_t* const inBrackets = scratch.CStr() + 1;
   uint32_t row = 0;
-  for (; row < lines.count; ++row) {
-    const wchar_t* const line = Row(row).buffer;
-    if (line != nullptr && line[0] == L'[' && BeginsWith(line + 1, inBrackets)) break;
-  }
+  while (row < lines.count && !IsLineOfSection(Row(row), inBrackets)) ++row;
   if (row < lines.count) {
     first = row + 1;
     end = first;
@@ -232,6 +234,25 @@ void IniDocument::RemoveSection(const wchar_t* section) {
   uint32_t first, end;
   FindSection(section, first, end);
   if (first != 0) lines.Remove(first - 1, end - (first - 1));
+}
+
+void IniDocument::RemoveSections(const wchar_t* section) {
+  if (!HasText(section)) return;
+  WString inBrackets;
+  inBrackets.Concat(section, L"]");
+  uint32_t kept = 0;
+  bool isInside = false;
+  for (uint32_t row = 0; row < lines.count; ++row) {
+    if (IsLineOfSection(Row(row), inBrackets.CStr())) {
+      isInside = true;
+    } else if (isInside && IsSectionLine(Row(row))) {
+      isInside = false;
+    }
+    if (isInside) continue;
+    if (kept != row) lines[kept] = std::move(lines[row]);
+    ++kept;
+  }
+  lines.Remove(kept, lines.count - kept);
 }
 
 uint32_t IniDocument::NextKeyLine(uint32_t start, uint32_t end) {

@@ -49,6 +49,10 @@ class IniDocument {
   void FindSection(const wchar_t* section, uint32_t& first, uint32_t& end);
   void RemoveSection(const wchar_t* section);
 
+  // All sections of that name. Once the first has gone, a second one would take its place, with rows that
+  // nobody has looked at: whoever writes a section anew over a file from elsewhere removes them all.
+  void RemoveSections(const wchar_t* section);
+
   // Visits the keys of a section: i = NextKeyLine(first, end), then i = NextKeyLine(i, end) until it
   // gives 0. A line number is the row + 1. An `end` of 0 means all rows.
   uint32_t NextKeyLine(uint32_t start, uint32_t end);

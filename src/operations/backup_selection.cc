@@ -26,7 +26,7 @@ void LeaveOut(const WString& row, bool ticked, WStringArray* leftOut) {
 }
 
 void WriteUsers(IniDocument& document, const BackupSelection& selection, WStringArray* leftOut) {
-  document.RemoveSection(kBackupUsersSection);
+  document.RemoveSections(kBackupUsersSection);
   for (uint32_t row = 0; row < selection.users.count; row++) {
     const WString& name = selection.users[row];
     bool ticked = selection.IsUserTicked(row);
@@ -41,7 +41,7 @@ void WriteUsers(IniDocument& document, const BackupSelection& selection, WString
 }
 
 void WriteExtraFolders(IniDocument& document, const BackupSelection& selection, WStringArray* leftOut) {
-  document.RemoveSection(kNewExtraFoldersSection);
+  document.RemoveSections(kNewExtraFoldersSection);
   for (uint32_t row = 0; row < selection.extraFolders.count; row++) {
     const WString& path = selection.extraFolders[row];
     bool ticked = selection.IsExtraTicked(row);

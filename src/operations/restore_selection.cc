@@ -72,7 +72,7 @@ void LeaveOut(const WString& row, WStringArray* leftOut) {
 }
 
 void WriteUsers(IniDocument& document, const RestoreSelection& selection, WStringArray* leftOut) {
-  document.RemoveSection(kRestoreUsersSection);
+  document.RemoveSections(kRestoreUsersSection);
   for (const RestoreUserRow& row : selection.users) {
     if (!row.isTicked) continue;
     if (CanBeKey(row.source.CStr()) && CanBeKey(row.target.CStr())) {
@@ -86,7 +86,7 @@ void WriteUsers(IniDocument& document, const RestoreSelection& selection, WStrin
 void WriteExtraFolders(IniDocument& document, const RestoreRoot& root, const RestoreSelection& selection,
                        WStringArray* leftOut) {
   const wchar_t* section = root.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection;
-  document.RemoveSection(section);
+  document.RemoveSections(section);
   for (const RestoreFolderRow& row : selection.extraFolders) {
     if (!row.isTicked) continue;
     const WString key = ExtraFolderKey(root, row);

@@ -57,6 +57,22 @@ bool HasAccount(const std::string& name) {
   return LookAtAccount(name, account);
 }
 
+// Choices that a stranger has put into the file must not be taken for the person's own.
+TEST(RestoreCommand, TakesNoChoiceFromTheFile) {
+  Machine machine;
+  const std::string taken = machine.Path("taken");
+  machine.AddFolder(machine.Path("projects"));
+  const std::string choices = "[RTBackupUsers]\r\nEve=Anna\r\nBob=Mallory <create>\r\n[RTExtraFolders]\r\n" +
+                              NameInSet(machine.Path("projects")) + "=" + taken + "\r\n";
+  machine.folders += choices + choices;
+  machine.Save();
+  machine.Restore(0, {"--skip", "Eve", "--skip", "Bob", "--no-extra"});
+  EXPECT_EQ(machine.files.Read("Users/Anna/Documents/letter.txt"), "dear");
+  EXPECT_FALSE(machine.files.Exists("Users/Anna/Documents/diary.txt"));
+  EXPECT_FALSE(machine.files.Exists("taken"));
+  EXPECT_FALSE(HasAccount("Mallory"));
+}
+
 // The road as a whole: one account by name, one by its full name only, one made, a folder to its place.
 // Once more, and nothing may change.
 TEST(RestoreCommand, BringsASetToAnotherMachine) {

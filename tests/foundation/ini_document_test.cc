@@ -123,6 +123,27 @@ TEST(IniDocument, DeletesKeysAndSections) {
   EXPECT_THAT(Rows(document), ElementsAre("; head", "[two]", "[one]", "a=9"));
 }
 
+// A second section of a stranger's file would come to light once the first is gone, and be taken for what a
+// person chose. A file of nothing else mustn't hold the run up.
+TEST(IniDocument, RemovesAllSectionsOfAName) {
+  IniDocument document;
+  Fill(document,
+       {L"[one]", L"a=1", L"[two]", L"b=2", L"[oNE] more", L"c=3", L"[", L"[one", L"[One2]", L"d=4"});
+  EXPECT_STREQ(document.GetValue(L"one", L"a"), L"1");
+  document.RemoveSections(L"one");
+  EXPECT_THAT(Rows(document), ElementsAre("[two]", "b=2", "[One2]", "d=4"));
+  EXPECT_STREQ(document.GetValue(L"one", L"c", L"gone"), L"gone");
+  document.RemoveSections(L"none");
+  document.RemoveSections(nullptr);
+  EXPECT_EQ(document.lines.count, 4u);
+  for (int i = 0; i < 100000; i++) {
+    document.lines.Add(L"[one]");
+    document.lines.Add(L"[two]");
+  }
+  document.RemoveSections(L"one");
+  EXPECT_EQ(document.lines.count, 100004u);
+}
+
 TEST(IniDocument, VisitsTheKeysOfASection) {
   IniDocument document;
   Fill(document,

@@ -85,6 +85,10 @@ TEST(RestoreSelection, IsWrittenAnew) {
   document.SetValue(L"RTBackupUsers", L"Old", L"Old");
   document.SetValue(L"RTExtraFolders", L"OLD", L"C:\\old");
   document.SetValue(L"RTExtraFolders2", L"Other", L"C:\\other");
+  // Of a stranger, who waits for the first ones to be gone.
+  for (const wchar_t* row : {L"[RTExtraFolders]", L"NEW=C:\\new", L"[RTBackupUsers]", L"Carl=Anna"}) {
+    document.lines.Add(row);
+  }
   RestoreSelection selection;
   selection.users = {{L"Anna", L"Bob", true}, {L"Eve", L"Eve <create>", true}, {L"Carl", L"Carl", false}};
   selection.extraFolders = {{L"D:\\Data", L"E:\\Data", true}, {L"D:\\More", L"E:\\More", false}};
