@@ -86,8 +86,8 @@ TEST(Arguments, HelpIsComplete) {
   } cases[] = {{"backup",
                 {"--to PARENT", "--name NAME", "--user NAME", "--extra DIR", "--update", "--copy-system",
                  "--copy-hidden",
-                 "  norvanectl backup --to D:\\Backups --name Office --user Anna --user Bob --folders "
-                 "desktop,documents\n"},
+                 ("  norvanectl backup --to D:\\Backups --name Office --user Anna --user Bob --folders "
+                  "desktop,documents\n")},
                 11},
                {"restore", restore, 11},
                {"restore-from", restore, 14},

@@ -37,7 +37,8 @@ TEST(FileObject, WritesEachEncodingWithItsMark) {
       EXPECT_EQ(place.Read("text.txt"), isEmpty ? c.mark : c.mark + c.bytes) << c.flags;
     }
   }
-  FileObject(path.CStr(), kFileCreateAlways | kFileRaw);
+  FileObject unmarked(path.CStr(), kFileCreateAlways | kFileRaw);
+  unmarked.Close();
   EXPECT_EQ(place.Read("text.txt"), "");
 }
 

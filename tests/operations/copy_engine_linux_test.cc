@@ -19,7 +19,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 using testing::StartsWith;
 
 // A link planted in the source leads nowhere, isn't counted as an item, and its number is known at the end.
