@@ -20,8 +20,6 @@
 
 namespace {
 
-constexpr int32_t kShortestFolder = 4;  // shorter paths are roots of drives
-
 // The profile of a local account. False with the problem if it has none, or two; an empty `folder` if
 // there is no such account.
 bool FindAccountFolder(const WString& name, WString& folder, PlanProblem& problem) {
@@ -58,7 +56,7 @@ bool FindLocation(const std::string& given, WString& folder, PlanProblem& proble
                                "accounts, and a path begins with its drive, such as C:\\Data.");
   }
   folder = GivenPath(path);
-  if (folder.Length() < kShortestFolder) {
+  if (folder.Length() <= kDriveRootLength) {
     return Object(problem, Quoted(text) + " is the root of a drive; give a folder on it.");
   }
   const WString redirection = RedirectionSentence(folder.CStr());

@@ -3,11 +3,10 @@
 #include "foundation/file_object.h"
 #include "foundation/system_text.h"
 #include "operations/document_keys.h"
+#include "operations/path_queries.h"
 #include "users/account_facts.h"
 
 namespace {
-
-constexpr int32_t kShortestExtraFolder = 4;  // rows up to the root of a drive don't count
 
 // Level, bar, display name. False if the database doesn't know the account.
 bool DescribeUser(const wchar_t* name, WString& value) {
@@ -45,7 +44,7 @@ void WriteExtraFolders(IniDocument& document, const BackupSelection& selection, 
   for (uint32_t row = 0; row < selection.extraFolders.count; row++) {
     const WString& path = selection.extraFolders[row];
     bool ticked = selection.IsExtraTicked(row);
-    if (path.Length() < kShortestExtraFolder) continue;
+    if (path.Length() <= kDriveRootLength) continue;  // the root of a drive doesn't count
     if (!CanBeKey(path.CStr())) {
       LeaveOut(path, ticked, leftOut);
       continue;

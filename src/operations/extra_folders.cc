@@ -5,17 +5,11 @@
 #include "operations/path_queries.h"
 #include "operations/redirected_path.h"
 
-namespace {
-
-constexpr int32_t kShortestFolder = 4;  // shorter paths are roots of drives
-
-}  // namespace
-
 ExtraFolderProblem CheckExtraFolder(const wchar_t* folder, const WStringArray& rows) {
   WString path(folder);
   path.StripTrailingBackslashes();
   if (path.IsEmpty()) return ExtraFolderProblem::kMissing;
-  if (path.Length() < kShortestFolder) return ExtraFolderProblem::kDriveRoot;
+  if (path.Length() <= kDriveRootLength) return ExtraFolderProblem::kDriveRoot;
   if (path.Find(L"=")) return ExtraFolderProblem::kEqualsSign;
   DWORD attributes = PathAttributes(path.CStr());
   if (attributes == INVALID_FILE_ATTRIBUTES) return ExtraFolderProblem::kMissing;

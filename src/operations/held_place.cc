@@ -3,11 +3,10 @@
 #include <windows.h>
 
 #include "foundation/directory_enumerator.h"
+#include "operations/path_queries.h"
 #include "operations/real_path.h"
 
 namespace {
-
-constexpr int32_t kDriveRootLength = 3;
 
 // Whether a disk is mounted in the folder: a link that the real path keeps.
 bool IsMountPoint(const WString& folder) {

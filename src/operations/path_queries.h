@@ -4,8 +4,13 @@
 #pragma once
 #include <windows.h>
 
+#include <cstdint>
+
 #include "foundation/wstring.h"
 #include "foundation/wstring_array.h"
+
+// Of "C:\", in units. What is longer names a folder on a drive or on a share.
+constexpr int32_t kDriveRootLength = 3;
 
 // INVALID_FILE_ATTRIBUTES with the reason as the last error. "D:" is the root of the drive.
 DWORD PathAttributes(const wchar_t* path);

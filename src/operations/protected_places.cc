@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int32_t kDriveRootLength = 3;
-
 void AddFolder(WStringArray& folders, const wchar_t* path) {
   const WString folder(path);
   if (IsAbsolutePath(folder)) folders.Add(ResolveRealPath(path).CStr());

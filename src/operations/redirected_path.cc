@@ -5,12 +5,6 @@
 #include "operations/path_queries.h"
 #include "operations/real_path.h"
 
-namespace {
-
-constexpr int32_t kDriveRootLength = 3;
-
-}  // namespace
-
 WString RedirectionSentence(const wchar_t* path) {
   wchar_t windows[MAX_PATH] = {};
   WString sentence;
