@@ -32,16 +32,41 @@ class HeapLocks {
   HANDLE runtimeHeap_;
 };
 
-// A worker that stands still inside the heap would stop this thread at its next allocation.
-bool SuspendOutsideHeap(HANDLE thread) {
+constexpr int kPauseTries = 20;
+constexpr DWORD kTryInterval = 20;  // milliseconds
+
+// Suspends the thread that `parameter` is the handle of, while the heap is free of it. 1 if that was done.
+DWORD WINAPI SuspendOutsideHeap(void* parameter) {
   HeapLocks locks;
-  if (SuspendThread(thread) == static_cast<DWORD>(-1)) return false;
+  if (SuspendThread(parameter) == static_cast<DWORD>(-1)) return 0;
   // The call above only asks for it; this one waits until the thread really stands, and must do so
   // before the heap is free again. What it tells isn't needed.
   CONTEXT context = {};
   context.ContextFlags = CONTEXT_CONTROL;
-  GetThreadContext(thread, &context);
-  return true;
+  GetThreadContext(parameter, &context);
+  return 1;
+}
+
+enum class PauseTry { kDone, kFailed, kUndone };
+
+// A worker that stands still inside the heap, or while it loads a library, would stop this thread at its own
+// next allocation. So a helper takes the heap for as long as it suspends the worker. It isn't done by this
+// thread, since the worker may come to stand in the very waiting for the heap, and some systems then let the
+// one who gives the heap free spin for ever. Where the helper doesn't end, the worker goes on, which frees
+// it.
+PauseTry TryToPause(HANDLE worker) {
+  const UniqueHandle helper(CreateThread(nullptr, 0, SuspendOutsideHeap, worker, 0, nullptr));
+  if (!helper) return PauseTry::kFailed;
+  bool isUndone = false;
+  DWORD waited;
+  while ((waited = WaitForSingleObject(helper.Get(), kTryInterval)) == WAIT_TIMEOUT) {
+    // It counts only where the helper had suspended already.
+    if (ResumeThread(worker) == 1) isUndone = true;
+  }
+  DWORD isSuspended = 0;
+  if (waited != WAIT_OBJECT_0 || !GetExitCodeThread(helper.Get(), &isSuspended)) return PauseTry::kFailed;
+  if (isUndone) return PauseTry::kUndone;
+  return isSuspended ? PauseTry::kDone : PauseTry::kFailed;
 }
 
 }  // namespace
@@ -66,7 +91,12 @@ bool OperationRunner::WaitForEnd(DWORD milliseconds) {
 
 bool OperationRunner::Pause() {
   if (isPaused_) return true;
-  isPaused_ = thread_ && SuspendOutsideHeap(thread_.Get());
+  if (!thread_) return false;
+  for (int i = 0; i < kPauseTries && !isPaused_; i++) {
+    const PauseTry result = TryToPause(thread_.Get());
+    if (result == PauseTry::kFailed) break;
+    isPaused_ = result == PauseTry::kDone;
+  }
   return isPaused_;
 }
 
