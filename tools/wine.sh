@@ -39,7 +39,7 @@ BindMachine() {
 # times as long.
 EmulateWhereNeeded() {
   local formats=$root/run/binfmt_misc
-  RunsThirtyTwoBits "$root" || RegisterEmulator "$formats"
+  MustEmulate "$root" && RegisterEmulator "$formats"
   # Another namespace may have told the kernel; the folder shows that it had to be told.
   [[ -d $formats ]] || return 0
   # At its start Wine takes hold of all that lies above this, piece by piece, which costs QEMU a minute.
@@ -70,6 +70,9 @@ RegisterEmulator() {
 
 # Whether this kernel starts the programs of the root that are for the 80386.
 RunsThirtyTwoBits() { "$1/lib/ld-linux.so.2" --version >/dev/null 2>&1; }
+
+# NORVANE_EMULATE=1 has QEMU run them where the kernel could, to see what other machines see.
+MustEmulate() { [[ ${NORVANE_EMULATE-} == 1 ]] || ! RunsThirtyTwoBits "$1"; }
 
 # An X server of the program's own; sets `server` and DISPLAY.
 StartDisplay() {
@@ -140,7 +143,7 @@ NeedWine() {
     WithLock wine-root MakeWineRoot
   fi
   # Also where the prefix is ready: build/ may have been carried here from another machine.
-  if [[ ! -x $build/qemu-i386 ]] && ! RunsThirtyTwoBits "$build/wine-root"; then
+  if [[ ! -x $build/qemu-i386 ]] && MustEmulate "$build/wine-root"; then
     WithLock emulator MakeEmulator
   fi
   [[ -f $build/wine-prefix/.ready ]] || WithLock wine-prefix MakeWinePrefix
