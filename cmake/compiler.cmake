@@ -1,10 +1,10 @@
-# What every target of ours is compiled with.
+# What every target of ours is compiled with, and what the program is in addition. (The tests are not: it is
+# the program that is watched for undefined behaviour, and in them that would double the compiler's time.)
 add_library(norvane_settings INTERFACE)
+add_library(norvane_checks INTERFACE)
 target_compile_definitions(norvane_settings INTERFACE UNICODE _UNICODE NOMINMAX)
-target_compile_options(
-  norvane_settings
-  INTERFACE -Wall -Wextra -Werror -ffunction-sections -fdata-sections
-            "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/no_wide_functions.h>")
+target_compile_options(norvane_settings INTERFACE -Wall -Wextra -Werror -ffunction-sections
+                                                  -fdata-sections)
 target_link_options(norvane_settings INTERFACE -Wl,--gc-sections)
 
 # Speed is in the calls and not in the code, and the program has to stay small.
@@ -22,7 +22,7 @@ if(WIN32)
                         rpcrt4 advapi32 user32 psapi uuid)
   if(NORVANE_SANITIZE)
     # Traps only: mingw-w64 has no runtime of the sanitizers.
-    target_compile_options(norvane_settings INTERFACE -fsanitize=undefined
+    target_compile_options(norvane_checks INTERFACE -fsanitize=undefined
                            -fsanitize-undefined-trap-on-error)
     target_compile_definitions(norvane_settings INTERFACE _GLIBCXX_ASSERTIONS)
   endif()
@@ -41,9 +41,35 @@ else()
     target_compile_options(norvane_settings INTERFACE -fsanitize=fuzzer-no-link)
   endif()
   if(NORVANE_SANITIZE)
-    target_compile_options(norvane_settings INTERFACE -fsanitize=address,undefined
-                           -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_compile_options(norvane_settings INTERFACE -fsanitize=address -fno-omit-frame-pointer)
+    target_compile_options(norvane_checks INTERFACE -fsanitize=undefined -fno-sanitize-recover=undefined)
     target_compile_definitions(norvane_settings INTERFACE _GLIBCXX_ASSERTIONS)
     target_link_options(norvane_settings INTERFACE -fsanitize=address,undefined)
   endif()
 endif()
+
+# The headers that most sources include take longer to compile than the sources do.
+option(NORVANE_PRECOMPILE "Compile the common headers once" ON)
+set(common_headers ${CMAKE_CURRENT_LIST_DIR}/common_headers.h)
+set(no_wide_functions ${CMAKE_CURRENT_LIST_DIR}/no_wide_functions.h)
+
+# take_common_headers(TARGET [FROM other | OWN headers]): for each target of ours. FROM names a target that is
+# compiled with the same options and has them already; OWN are compiled along with them.
+function(take_common_headers target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FROM" "OWN")
+  if(NOT NORVANE_PRECOMPILE)
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${no_wide_functions}>")
+  elseif(arg_FROM)
+    target_precompile_headers(${target} REUSE_FROM ${arg_FROM})
+  else()
+    target_precompile_headers(${target} PRIVATE ${common_headers} ${arg_OWN})
+  endif()
+endfunction()
+
+# skip_common_headers(SOURCE...): sources that can't bear them.
+function(skip_common_headers)
+  if(NORVANE_PRECOMPILE)
+    set_source_files_properties(${ARGV} PROPERTIES SKIP_PRECOMPILE_HEADERS ON
+                                                   COMPILE_OPTIONS "-include;${no_wide_functions}")
+  endif()
+endfunction()

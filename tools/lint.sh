@@ -49,7 +49,7 @@ done
 TidyOne() {
   local file=$1 log
   # What isn't of ours to mend is counted on standard error ("12 warnings generated").
-  if log=$(clang-tidy --quiet -p "$build/linux-sanitized" "$file" 2>&1); then
+  if log=$(clang-tidy --quiet -p "$build/lint/linux" "$file" 2>&1); then
     mkdir -p "$build/lint/${file%/*}"
     touch "$build/lint/$file.good"
   else
@@ -61,7 +61,8 @@ export -f TidyOne
 export build
 
 if ((${#sources[@]})); then
-  cmake --preset linux-sanitized >/dev/null  # so that it knows each file
+  # So that it knows each file; without precompiled headers, so that each has to include what it uses.
+  cmake --preset linux-sanitized -B "$build/lint/linux" -DNORVANE_PRECOMPILE=OFF >/dev/null
   printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'TidyOne "$1"' tidy || status=1
 fi
 exit "$status"

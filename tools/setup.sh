@@ -5,9 +5,9 @@
 # Each Need… function does its work once and is cheap when it is done already. A result is made under
 # another name and renamed, so that a run that was ended in the middle leaves nothing half made.
 
-packages_linux=(g++ cmake ninja-build ccache libwine-dev libpcre2-dev libhivex-dev libssl-dev uuid-dev
+packages_linux=(g++ cmake ninja-build libwine-dev libpcre2-dev libhivex-dev libssl-dev uuid-dev
                 libcli11-dev nlohmann-json3-dev googletest)
-packages_windows=(g++ cmake ninja-build ccache g++-mingw-w64-i686-posix libcli11-dev nlohmann-json3-dev
+packages_windows=(g++ cmake ninja-build g++-mingw-w64-i686-posix libcli11-dev nlohmann-json3-dev
                   googletest)
 packages_sources=(dpkg-dev ca-certificates)  # to unpack a source package
 packages_wine=(mmdebstrap ca-certificates)

@@ -40,8 +40,8 @@ std::string SidBytes(std::string_view text) {
     text.remove_prefix(1);
     uint64_t part = 0;
     if (!TakeNumber(text, 0xFFFFFFFF, part)) return {};
-    const uint32_t small = static_cast<uint32_t>(part);
-    bytes.append(reinterpret_cast<const char*>(&small), 4);
+    const uint32_t subAuthority = static_cast<uint32_t>(part);
+    bytes.append(reinterpret_cast<const char*>(&subAuthority), 4);
     ++count;
   }
   bytes[1] = static_cast<char>(count);

@@ -90,7 +90,10 @@ TEST_F(StrangeRoot, SurvivesDamagedHives) {
     bytes[at] = byte;
     return bytes;
   };
-  const std::pair<const char*, std::string> cases[] = {
+  const struct {
+    const char* what;
+    std::string bytes;
+  } cases[] = {
       {"empty", ""},
       {"no hive", "MZ" + std::string(8190, 'x')},
       {"cut off in the head", whole.substr(0, 100)},

@@ -1,0 +1,1 @@
+// Nothing: the target of the common headers has to have a source.
