@@ -81,6 +81,19 @@ GuiMessage::GuiMessage()
 
 GuiMessage::~GuiMessage() = default;
 
+ProgressRing::ProgressRing()
+    : pictureId(-1),
+      mode(0),
+      value(0),
+      size(0),
+      penColor(0),
+      textColor(0),
+      backColor(0),
+      window(nullptr),
+      job(),
+      thread(INVALID_HANDLE_VALUE),
+      taskbar(nullptr) {}
+
 BusyWindow::BusyWindow()
     : ringId(0),
       textId(0),
@@ -94,7 +107,7 @@ BusyWindow::BusyWindow()
       textColor(0),
       ringColor(0),
       cornerDiameter(0),
-      ring(nullptr) {}
+      owner(nullptr) {}
 
 BusyWindow::~BusyWindow() = default;
 

@@ -3,8 +3,7 @@
 // The application's one small window with a percent ring.
 #pragma once
 #include "toolkit/gui_window.h"
-
-struct ProgressRing;
+#include "toolkit/progress_ring.h"
 
 class BusyWindow {
  public:
@@ -16,8 +15,9 @@ class BusyWindow {
   COLORREF textColor;
   uint32_t ringColor;  // ARGB
   int32_t cornerDiameter;
-  ProgressRing* ring;  // owned by the toolkit
+  ProgressRing ring;
   GuiWindow window;
+  GuiWindow* owner;  // as given when it was opened
 
   BusyWindow();
   ~BusyWindow();

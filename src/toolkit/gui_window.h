@@ -8,9 +8,8 @@
 #include <cstdint>
 
 #include "foundation/wstring.h"
+#include "toolkit/control_record.h"
 #include "toolkit/gui_event.h"
-
-struct ControlRecord;
 
 class GuiWindow {
  public:
