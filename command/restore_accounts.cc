@@ -32,7 +32,7 @@ class TargetChoice {
   void LeaveOutTemporary();
   void LeaveOut(RestoreUserRow& row, const std::string& reason);
   void TellTargets();
-  void TellNewAccount(const RestoreUserRow& row, const WString& account);
+  void TellNewAccount(const RestoreUserRow& row, const WString& account, const std::string& intro);
 
   const UserTable& accounts_;
   RestorePlan& plan_;
@@ -168,12 +168,12 @@ const char* TypeText(uint32_t type) {
   return "a standard user";
 }
 
-void TargetChoice::TellNewAccount(const RestoreUserRow& row, const WString& account) {
+void TargetChoice::TellNewAccount(const RestoreUserRow& row, const WString& account,
+                                  const std::string& intro) {
   const WString value(plan_.document.GetValue(kUsersSection, row.source.CStr()));
   const AccountToCreate made =
       DescribeAccountToCreate(value.CStr(), row.source, account, &plan_.administrators);
-  std::string note =
-      "The account " + Quoted(account) + " will be made as " + TypeText(made.type) + ", without a password.";
+  std::string note = intro + TypeText(made.type) + ", without a password.";
   if (made.isLowered) {
     note += " The info file calls " + Quoted(row.source) + " an administrator; give --create " +
             Quoted(row.source) + " to make it one.";
@@ -185,11 +185,18 @@ void TargetChoice::TellTargets() {
   WString account;
   for (size_t i = 0; i < rows_.size(); ++i) {
     if (!rows_[i].isTicked) continue;
-    if (IsToBeCreated(rows_[i].target.CStr(), account) && StateOfTarget(account) == TargetState::kNew) {
-      TellNewAccount(rows_[i], account);
+    const bool isMarked = IsToBeCreated(rows_[i].target.CStr(), account);
+    const TargetState state = isMarked ? StateOfTarget(account) : TargetState::kReady;
+    const std::string subject = "The account " + Quoted(account);
+    if (state == TargetState::kNew) {
+      TellNewAccount(rows_[i], account, subject + " will be made as ");
+    } else if (state == TargetState::kLacksProfile && LacksGroup(account.CStr())) {
+      TellNewAccount(rows_[i], account, subject + ", whose making was cut off, will be completed as ");
+    } else if (state == TargetState::kLacksProfile) {
+      plan_.notes.push_back(subject + " has no profile yet, and one will be made.");
     } else if (!isNamed_[i] && !IsSameName(account, rows_[i].source)) {
       plan_.notes.push_back("The data of " + Quoted(rows_[i].source) + " goes to the local account " +
-                            Quoted(account) + ", which has the same full name.");
+                            Quoted(account) + ", because of the full name.");
     }
   }
 }

@@ -152,6 +152,30 @@ NET_API_STATUS WINAPI NetUserEnum(const wchar_t* server, DWORD level, DWORD filt
   return status;
 }
 
+NET_API_STATUS WINAPI NetUserGetLocalGroups(const wchar_t* server, const wchar_t* name, DWORD level,
+                                            DWORD flags, BYTE** result, DWORD length, DWORD* count,
+                                            DWORD* total) {
+  EnterCall();
+  if (!name || !result || !count || !total) return ERROR_INVALID_PARAMETER;
+  if (level != 0 || flags != 0) Unsupported("NetUserGetLocalGroups", "anything but the account's own groups");
+  if (length != MAX_PREFERRED_LENGTH) Unsupported("NetUserGetLocalGroups", "pieces of the list");
+  *result = nullptr;
+  *count = *total = 0;
+  if (!IsThisComputer(server)) return ERROR_BAD_NETPATH;
+  const AccountsHold hold;
+  const Account* account = ThisMachine().FindAccount(ToUtf8(name));
+  if (!account) return NERR_UserNotFound;
+  const std::vector<std::string>& groups = account->groups;
+  NetworkBuffer buffer(sizeof(LOCALGROUP_USERS_INFO_0) * groups.size());
+  for (const std::string& group : groups) buffer.Text(group);
+  if (!buffer.Allocate()) return ERROR_NOT_ENOUGH_MEMORY;
+  auto* place = static_cast<LOCALGROUP_USERS_INFO_0*>(buffer.Block());
+  for (const std::string& group : groups) (place++)->lgrui0_name = buffer.Text(group);
+  *result = static_cast<BYTE*>(buffer.Block());
+  *count = *total = static_cast<DWORD>(groups.size());
+  return NERR_Success;
+}
+
 NET_API_STATUS WINAPI NetUserGetInfo(const wchar_t* server, const wchar_t* name, DWORD level, BYTE** result) {
   EnterCall();
   if (!name || !result) return ERROR_INVALID_PARAMETER;

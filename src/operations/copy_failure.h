@@ -19,6 +19,7 @@ inline constexpr wchar_t kCannotFindProfile[] = L"Error! Could not get profile p
 inline constexpr wchar_t kCannotFindFolder[] = L"Error! Could not find user folder: ";
 inline constexpr wchar_t kCannotLoadHive[] = L"Error! Could not load user hive: ";
 inline constexpr wchar_t kCannotCreateAccount[] = L"Error! Could not create user account: ";
+inline constexpr wchar_t kCannotSetGroup[] = L"Error! Could not put user account into its group: ";
 inline constexpr wchar_t kProtectedFolder[] = L"Error! Left out protected user folder: ";
 inline constexpr wchar_t kProtectedPlace[] = L"Error! Left out protected folder: ";
 inline constexpr wchar_t kSourceIsTarget[] = L"Error! Source and destination are in each other: ";

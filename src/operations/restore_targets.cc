@@ -98,10 +98,8 @@ bool IsPossibleAccountName(const WString& name) {
 
 TargetState StateOfTarget(const WString& account) {
   AccountFacts facts;
-  WString sid, profile;
   if (GetAccountFacts(account.CStr(), facts)) {
-    return GetAccountSidAndProfile(account.CStr(), sid, &profile) ? TargetState::kReady
-                                                                  : TargetState::kLacksProfile;
+    return HasKnownProfile(account.CStr()) ? TargetState::kReady : TargetState::kLacksProfile;
   }
   if (!IsPossibleAccountName(account)) return TargetState::kImpossible;
   return IsGroupName(account.CStr()) ? TargetState::kGroup : TargetState::kNew;

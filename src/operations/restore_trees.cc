@@ -128,12 +128,15 @@ const wchar_t* NewProfileFolder(const wchar_t* logicalName) {
   return nullptr;
 }
 
-WString ProtectedLine(const wchar_t* sid, const wchar_t* value, const WString& folder,
+WString ProtectedLine(const wchar_t* sid, const wchar_t* logicalName, const WString& folder,
                       PlaceProtection protection) {
+  const bool isLow = WString(logicalName) == kFolderLocalAppDataLow;
+  const WString value = ShellFolderValue(sid, isLow ? kFolderLocalAppData : logicalName);
   WString line;
   WString shown(folder);
   shown.Truncate(kLongestShownPath);
-  line.Concat(L"HKU\\", sid, L"\\...\\Shell Folders\\", value, L" = ", shown.CStr(), L", which ");
+  line.Concat(L"HKU\\", sid, L"\\...\\", value.CStr(), isLow ? L" leads to " : L" = ", shown.CStr(),
+              L", which ");
   line.Append(ProtectionText(protection));
   return line;
 }

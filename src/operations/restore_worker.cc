@@ -19,6 +19,7 @@
 #include "users/account_creation.h"
 #include "users/account_facts.h"
 #include "users/account_lookup.h"
+#include "users/local_groups.h"
 #include "users/user_hives.h"
 #include "users/user_table.h"
 
@@ -43,7 +44,7 @@ class RestoreWorker {
   bool RunExtraFolders(const std::vector<RestoreFolder>& folders);
 
   bool MakeAccount(const KeyEntry& entry, const WString& account);
-  DWORD AddAccount(const KeyEntry& entry, const WString& account);
+  DWORD AddAccount(const AccountToCreate& wanted, const WString& account);
   bool HasSource(const WString& source);
   void ReportFolders(const RestoreTrees& trees, const WString& account, const RestoreTarget& target);
   bool IsOverlapping(const std::vector<RunTree>& trees);
@@ -114,32 +115,36 @@ bool RestoreWorker::HasSource(const WString& source) {
 // False if there is no account with a profile then, which has been told.
 bool RestoreWorker::MakeAccount(const KeyEntry& entry, const WString& account) {
   ShowAccountCreation(context_, entry.key.CStr(), account.CStr());
+  const WString value(document_.GetValue(kUsersSection, entry.key.CStr()));
+  const AccountToCreate wanted =
+      DescribeAccountToCreate(value.CStr(), entry.key, account, context_.administrators);
   DWORD error = NO_ERROR;
   switch (StateOfTarget(account)) {
     case TargetState::kReady:
       return true;
     case TargetState::kLacksProfile:
-      CreateMissingProfile(account.CStr());
+      CompleteUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type);
       break;
     case TargetState::kNew:
     case TargetState::kGroup:  // the system tells why not
-      error = AddAccount(entry, account);
+      error = AddAccount(wanted, account);
       break;
     case TargetState::kImpossible:
       ReportFailure(context_, kCannotCreateAccount, account.CStr(), ERROR_INVALID_ACCOUNT_NAME);
       return false;
   }
-  if (StateOfTarget(account) == TargetState::kReady) return true;
-  ReportFailure(context_, kCannotFindProfile, account.CStr(),
-                error != NO_ERROR ? error : DWORD{ERROR_NO_SUCH_USER});
+  if (LacksGroup(account.CStr())) ReportFailure(context_, kCannotSetGroup, account.CStr(), NO_ERROR);
+  const TargetState state = StateOfTarget(account);
+  if (state == TargetState::kReady) return true;
+  if (error == NO_ERROR) {
+    error = state == TargetState::kLacksProfile ? ERROR_PATH_NOT_FOUND : ERROR_NO_SUCH_USER;
+  }
+  ReportFailure(context_, kCannotFindProfile, account.CStr(), error);
   return false;
 }
 
 // Why that failed, where the system told.
-DWORD RestoreWorker::AddAccount(const KeyEntry& entry, const WString& account) {
-  const WString value(document_.GetValue(kUsersSection, entry.key.CStr()));
-  const AccountToCreate wanted =
-      DescribeAccountToCreate(value.CStr(), entry.key, account, context_.administrators);
+DWORD RestoreWorker::AddAccount(const AccountToCreate& wanted, const WString& account) {
   SetLastError(NO_ERROR);
   const bool isMade = CreateUserAccount(account.CStr(), wanted.fullName.CStr(), wanted.type, nullptr);
   const DWORD error = isMade ? NO_ERROR : GetLastError();

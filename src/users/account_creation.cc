@@ -41,6 +41,13 @@ bool SetPassword(const wchar_t* name, const wchar_t* password) {
   return NetUserSetInfo(nullptr, name, 1003, reinterpret_cast<BYTE*>(&info), nullptr) == NERR_Success;
 }
 
+// What a bare account lacks. Who makes it looks afterwards whether it has a group.
+void SetNameAndGroup(const wchar_t* name, const wchar_t* fullName, uint32_t type) {
+  if (HasText(fullName) && !(WString(fullName) == name)) SetFullName(name, fullName);
+  LocalGroupNames groups;
+  if (GetLocalGroupNames(groups)) SetAccountGroup(name, type, &groups);
+}
+
 // The system's own way, which needs no logon. It isn't there on the oldest systems.
 bool CreateProfileDirectly(const wchar_t* name) {
   HMODULE library = LoadLibraryW(L"Userenv.dll");
@@ -87,12 +94,13 @@ bool CreateProfileByTemporaryPassword(const wchar_t* name) {
 
 bool CreateUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type, const wchar_t* password) {
   if (!HasText(name) || !AddAccount(name, password)) return false;
-  if (HasText(fullName) && !(WString(fullName) == name)) SetFullName(name, fullName);
-  LocalGroupNames groups;
-  if (GetLocalGroupNames(groups)) SetAccountGroup(name, type, &groups);
-
+  SetNameAndGroup(name, fullName, type);
   if (CreateProfileDirectly(name)) return true;
   return HasText(password) ? CreateProfileByLogon(name, password) : CreateProfileByTemporaryPassword(name);
 }
 
-bool CreateMissingProfile(const wchar_t* name) { return HasText(name) && CreateProfileDirectly(name); }
+bool CompleteUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type) {
+  if (!HasText(name)) return false;
+  if (LacksGroup(name)) SetNameAndGroup(name, fullName, type);
+  return CreateProfileDirectly(name);
+}

@@ -14,7 +14,8 @@
 // false. GetLastError() tells why the account couldn't be added. Runs on the calling thread.
 bool CreateUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type, const wchar_t* password);
 
-// Makes the profile of an account that exists and has none: nobody has logged on to it yet, or its making
-// was cut short. In the system's own way only, since the other one would need the account's password. The
-// account itself isn't changed. False also if it has a profile already.
-bool CreateMissingProfile(const wchar_t* name);
+// Goes on with an account that exists and has no profile: nobody has logged on to it yet, or its making was
+// cut short. The latter shows by its lack of a group; only then it gets full name and group, as above, and
+// otherwise isn't changed itself. The profile is made in the system's own way only, since the other one
+// would need the account's password. False also if it has a profile already.
+bool CompleteUserAccount(const wchar_t* name, const wchar_t* fullName, uint32_t type);

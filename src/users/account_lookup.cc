@@ -105,3 +105,12 @@ bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile
   if (GetProfilePathFromSid(sid.CStr(), profile)) return true;
   return ConventionalProfile(account.CStr(), *profile);
 }
+
+bool HasKnownProfile(const wchar_t* name) {
+  WString sid(name);
+  if (!AccountNameToSid(sid)) return false;
+  WString profile = DatabaseProfile(name);
+  if (!profile.IsEmpty() && PathFileExistsW(profile.CStr())) return true;
+  if (GetProfilePathFromSid(sid.CStr(), &profile)) return true;
+  return !CanReadProfileList() && ConventionalProfile(name, profile);
+}

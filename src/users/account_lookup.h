@@ -14,6 +14,11 @@ inline constexpr wchar_t kProfileListKey[] =
 // folder it is empty. No hive is loaded.
 bool GetAccountSidAndProfile(const wchar_t* name, WString& sid, WString* profile = nullptr);
 
+// Whether the system knows a profile of the account: by the database, if the folder is there, or by
+// ProfileList. A mere folder of the account's name isn't one, since the system makes another at the first
+// logon; it counts only where the list can't be read.
+bool HasKnownProfile(const wchar_t* name);
+
 // ProfileImagePath of the account's ProfileList key, with variables expanded, from the 64-bit view.
 // False if it can't be read, or without an output.
 bool GetProfilePathFromSid(const wchar_t* sid, WString* profile);

@@ -32,6 +32,15 @@ bool GetLocalGroupNames(LocalGroupNames& groups) {
   return true;
 }
 
+bool LacksGroup(const wchar_t* account) {
+  BYTE* names = nullptr;
+  DWORD read = 0, total = 0;
+  const NET_API_STATUS status =
+      NetUserGetLocalGroups(nullptr, account, 0, 0, &names, MAX_PREFERRED_LENGTH, &read, &total);
+  if (names) NetApiBufferFree(names);
+  return status == NERR_Success && total == 0;
+}
+
 bool SetAccountGroup(const wchar_t* account, uint32_t type, const LocalGroupNames* groups) {
   if (type > kAdministratorAccount) return false;
   LocalGroupNames own;

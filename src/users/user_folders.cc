@@ -98,3 +98,11 @@ bool GetUserFolder(const wchar_t* sid, const wchar_t* logicalName, WString& outp
   output = text;
   return true;
 }
+
+WString ShellFolderValue(const wchar_t* sid, const wchar_t* logicalName) {
+  WString value, ignored;
+  const UniqueKey key = OpenUserKey(sid, kShellFolders);
+  const bool isFirst = key && QueryStringValue(key.Get(), logicalName, ignored);
+  value.Concat(isFirst ? L"Shell Folders" : L"User Shell Folders", L"\\", logicalName);
+  return value;
+}

@@ -20,3 +20,7 @@ inline constexpr wchar_t kFolderTemp[] = L"Temp";  // from the account's environ
 // the place isn't known: nothing is guessed from the profile. `output` is emptied first in every case.
 bool GetUserFolder(const wchar_t* sid, const wchar_t* logicalName, WString& output,
                    const wchar_t* profile = nullptr);
+
+// The registry value that GetUserFolder reads the place of a shell folder from, for messages: key and name,
+// such as "Shell Folders\Personal".
+WString ShellFolderValue(const wchar_t* sid, const wchar_t* logicalName);

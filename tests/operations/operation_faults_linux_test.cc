@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <iostream>
@@ -14,6 +15,7 @@
 #include "operations/operation_runner.h"
 #include "support/host_path.h"
 #include "support/operation_scene.h"
+#include "users/account_lookup.h"
 
 namespace {
 
@@ -39,6 +41,35 @@ class OperationFaults : public testing::TestWithParam<Operation> {
   static uint64_t Stride() { return std::getenv("NORVANE_EVERY_CALL") ? 1 : 3; }
   uint64_t First(uint64_t number = 0) const {
     return 1 + (static_cast<uint64_t>(GetParam()) + number) % Stride();
+  }
+
+  // Runs the operation, pauses it before the n-th call that `plan` is for, and resumes it. False if there was
+  // no such call.
+  bool RunWithPause(FaultPlan plan, uint64_t n, const std::string& when) {
+    LPTHREAD_START_ROUTINE entry = GetParam() == Operation::kBackup ? BackupEntry : RestoreEntry;
+    if (GetParam() >= Operation::kCopy) entry = CopyMoveEntry;
+    std::atomic<bool> isThere{false}, mayGoOn{false};
+    uint64_t calls = 0;
+    plan.before = [&](std::string_view, std::string_view) {
+      if (++calls != n) return;
+      isThere = true;
+      while (!mayGoOn) sched_yield();
+    };
+    machine::SetFaults(plan);
+    OperationRunner runner(*scene_.run->context);
+    EXPECT_TRUE(runner.Start(entry)) << when;
+    while (!isThere && !runner.WaitForEnd(0)) sched_yield();
+    EXPECT_TRUE(runner.Pause() || !isThere) << when;
+    mayGoOn = true;
+    std::vector<std::string> memory(20, std::string(n % 5000, 'x'));
+    EXPECT_TRUE(runner.Resume()) << when;
+    EXPECT_TRUE(runner.WaitForEnd(60000)) << when;
+    machine::ClearFaults();
+    scene_.ExpectWhole(when);
+    for (const SceneFile& file : scene_.files) {
+      EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
+    }
+    return isThere;
   }
 
   // The size of a campaign, for docs/reliability.md.
@@ -130,37 +161,23 @@ TEST_P(OperationFaults, AStopMayComeAtEveryCall) {
   }
 }
 
-// A pause at any call, with the memory that a window takes meanwhile: the run goes on as if nothing had been.
-TEST_P(OperationFaults, APauseMayComeAtEveryCall) {
-  const LPTHREAD_START_ROUTINE entry = GetParam() == Operation::kBackup ? BackupEntry
-                                       : GetParam() >= Operation::kCopy ? CopyMoveEntry
-                                                                        : RestoreEntry;
+// A pause, with the memory that a window takes meanwhile: the run goes on as if nothing had been.
+TEST_P(OperationFaults, APauseMayComeAtAnyCall) {
   for (uint64_t n = First(1);; n += 5 * Stride()) {
     Begin(false);
-    const std::string when = When(n, false);
-    std::atomic<bool> isThere{false}, mayGoOn{false};
-    FaultPlan plan = Plan();
-    uint64_t calls = 0;
-    plan.before = [&](std::string_view, std::string_view) {
-      if (++calls != n) return;
-      isThere = true;
-      while (!mayGoOn) sched_yield();
-    };
-    machine::SetFaults(plan);
-    OperationRunner runner(*scene_.run->context);
-    ASSERT_TRUE(runner.Start(entry));
-    while (!isThere && !runner.WaitForEnd(0)) sched_yield();
-    EXPECT_TRUE(runner.Pause() || !isThere) << when;
-    mayGoOn = true;
-    std::vector<std::string> memory(20, std::string(n % 5000, 'x'));
-    EXPECT_TRUE(runner.Resume()) << when;
-    ASSERT_TRUE(runner.WaitForEnd(60000)) << when;
-    machine::ClearFaults();
-    scene_.ExpectWhole(when);
-    for (const SceneFile& file : scene_.files) {
-      EXPECT_TRUE(scene_.IsNewAtTarget(file) || scene_.IsTold(file)) << file.target << ", " << when;
-    }
-    if (calls < n) break;
+    if (!RunWithPause(Plan(), n, When(n, false))) break;
+  }
+}
+
+// The same at each entry of the tree, whatever way its file goes.
+TEST_P(OperationFaults, APauseMayComeAtEveryEntry) {
+  const std::vector<SceneFile> files = scene_.files;
+  for (const SceneFile& file : files) {
+    Begin(false);
+    FaultPlan plan;
+    plan.path = scene_.Place() + "\\" + file.target;
+    std::replace(plan.path.begin(), plan.path.end(), '/', '\\');
+    EXPECT_TRUE(RunWithPause(plan, 1, file.target)) << "nobody came to " << plan.path;
   }
 }
 
@@ -319,8 +336,11 @@ class AccountScene {
     run.Run();
   }
 
+  // In the profile that the account will log on to, which a folder of its name alone isn't.
   bool IsThere() const {
-    const std::string file = HostPath(WString(L"C:\\Users\\Carl\\Documents\\a"));
+    WString sid, profile;
+    if (!HasKnownProfile(L"Carl") || !GetAccountSidAndProfile(L"Carl", sid, &profile)) return false;
+    const std::string file = HostPath(profile + L"\\Documents\\a");
     return std::filesystem::exists(file) && std::filesystem::file_size(file) == 9;
   }
   size_t Carls() const {
@@ -339,8 +359,7 @@ class AccountScene {
   machine::Machine again_;
 };
 
-// Killed while an account is made: the second run comes to the end with it, or tells that the system's own
-// work on its profile was cut off.
+// Killed while an account is made: the second run comes to the end with it, and its person can log on.
 TEST(AccountFaults, TheEndMayComeAtEveryChange) {
   for (uint64_t n = 1;; n++) {
     AccountScene scene;
@@ -359,6 +378,8 @@ TEST(AccountFaults, TheEndMayComeAtEveryChange) {
     ASSERT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 99)) << when;
     scene.RunAgain();
     scene.ExpectSettled(when);
+    EXPECT_TRUE(scene.IsThere()) << when << testing::PrintToString(scene.run.told);
+    EXPECT_EQ(machine::ThisMachine().FindAccount("Carl")->groups, std::vector<std::string>{"Users"}) << when;
     if (WEXITSTATUS(status) == 0) break;
   }
 }

@@ -78,6 +78,40 @@ TEST(RestoreAccounts, WithoutAProfileGetOne) {
   EXPECT_EQ(run.context->createdAccounts.count, 0u);
 }
 
+// Killed between the account and its group: it would stay one that nobody can log on to, or become an
+// administrator that nobody asked for.
+TEST(RestoreAccounts, WithoutAGroupAreCompletedAsTheSetDescribesThem) {
+  for (const bool isAsked : {false, true}) {
+    RestoreRun run;
+    run.machine.Add({.name = "Eve", .profileImagePath = "", .hasHive = false, .hasGroup = false});
+    run.files.File("set/Users/Eve/Desktop/a");
+    run.document.SetValue(L"Users", L"Eve", L"2|Eve Adams");
+    run.Select(2, {{"Eve", "Eve <create>"}});
+    WStringArray allowed;
+    if (isAsked) allowed.Add(L"Eve");
+    run.context->administrators = &allowed;
+    run.Run();
+    EXPECT_EQ(run.context->failures, 0) << testing::PrintToString(run.told);
+    EXPECT_EQ(run.machine.Known("Eve").fullName, "Eve Adams");
+    EXPECT_THAT(run.machine.Known("Eve").groups, ElementsAre(isAsked ? "Administrators" : "Users"));
+    EXPECT_NE(Attributes((ProfileOf("Eve") + L"\\Desktop\\a").CStr()), INVALID_FILE_ATTRIBUTES);
+  }
+}
+
+// "Made as an administrator" would be said of an account that is in no group.
+TEST(RestoreAccounts, TellOfAGroupThatTookNobody) {
+  RestoreRun run;
+  run.files.File("set/Users/Eve/Desktop/a");
+  run.Select(2, {{"Eve", "Eve <create>"}});
+  {
+    FailingAccountCall failing("NetLocalGroupAddMembers");
+    run.Run();
+  }
+  EXPECT_THAT(run.told, Contains("Error! Could not put user account into its group: Eve"));
+  EXPECT_EQ(run.context->failures, 1);
+  EXPECT_NE(Attributes((ProfileOf("Eve") + L"\\Desktop\\a").CStr()), INVALID_FILE_ATTRIBUTES);
+}
+
 // An account that can't be made: told once, and its data goes nowhere else.
 TEST(RestoreAccounts, ThatCannotBeMadeAreTold) {
   const struct {

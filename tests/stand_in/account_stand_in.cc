@@ -159,6 +159,25 @@ extern "C" NET_API_STATUS WINAPI NetUserGetInfo(LPCWSTR server, LPCWSTR name, DW
   return ERROR_INVALID_LEVEL;
 }
 
+extern "C" NET_API_STATUS WINAPI NetUserGetLocalGroups(LPCWSTR server, LPCWSTR name, DWORD level, DWORD flags,
+                                                       LPBYTE* buffer, DWORD longest, LPDWORD read,
+                                                       LPDWORD total) {
+  if (!TheAccounts().isActive) {
+    return System<decltype(&NetUserGetLocalGroups)>(L"netapi32", "NetUserGetLocalGroups")(
+        server, name, level, flags, buffer, longest, read, total);
+  }
+  const Account* account = FindAccount(name);
+  if (!account) return NERR_UserNotFound;
+  size_t texts = 0;
+  for (const std::string& group : account->groups) texts += group.size() + 1;
+  Block block(account->groups.size() * sizeof(LOCALGROUP_USERS_INFO_0), texts);
+  *buffer = block.Start();
+  auto* place = reinterpret_cast<LOCALGROUP_USERS_INFO_0*>(block.Start());
+  for (const std::string& group : account->groups) (place++)->lgrui0_name = block.Add(group);
+  *read = *total = static_cast<DWORD>(account->groups.size());
+  return NERR_Success;
+}
+
 extern "C" NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer) {
   // Wine takes its buffers from the same heap.
   return !buffer || HeapFree(GetProcessHeap(), 0, buffer) ? NERR_Success : ERROR_INVALID_PARAMETER;

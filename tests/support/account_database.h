@@ -12,6 +12,12 @@
 void BeginTestAccounts(TestSystem system);
 void EndTestAccounts();
 
+// The name of the group that makes the account's type.
+inline const char* TestGroup(const TestAccount& account) {
+  const char* const groups[] = {"Guests", "Users", "Administrators"};
+  return groups[account.privilege];
+}
+
 void AddTestAccount(const TestAccount& account, const std::string& sid);
 void SetTestConsoleUser(const std::string& name);
 

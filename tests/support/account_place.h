@@ -29,6 +29,7 @@ struct TestAccount {
   std::string profileImagePath = "<own>";  // ProfileList's; "<own>": the profile folder; empty: no key
   bool hasSid = true;                      // false: the name can't be looked up
   bool hasHive = true;                     // whether there is an NTUSER.DAT
+  bool hasGroup = true;                    // the one of its privilege
   bool isLoggedOn = false;                 // the system has loaded the hive
   std::vector<TestValue> hive = {};        // instead of the usual Shell Folders
 };

@@ -163,12 +163,12 @@ TEST(AccountCreation, MakesAMissingProfileWithoutTouchingTheAccount) {
   place.Add({.name = "Eve", .profileImagePath = "", .hasHive = false});
   ASSERT_FALSE(HasProfile(L"Eve"));
   WatchedAccountCalls calls;
-  EXPECT_TRUE(CreateMissingProfile(L"Eve"));
+  EXPECT_TRUE(CompleteUserAccount(L"Eve", L"Eve E", kAdministratorAccount));
   EXPECT_TRUE(HasProfile(L"Eve"));
   EXPECT_THAT(calls.made, ElementsAre("CreateProfile Eve"));
-  EXPECT_FALSE(CreateMissingProfile(L"Eve")) << "it has one now";
-  EXPECT_FALSE(CreateMissingProfile(L"Nobody"));
-  EXPECT_FALSE(CreateMissingProfile(nullptr));
+  EXPECT_FALSE(CompleteUserAccount(L"Eve", L"", kStandardAccount)) << "it has one now";
+  EXPECT_FALSE(CompleteUserAccount(L"Nobody", L"", kStandardAccount));
+  EXPECT_FALSE(CompleteUserAccount(nullptr, L"", kStandardAccount));
 }
 
 // A password that a policy refuses would leave the account without a profile, and one that is the same twice

@@ -79,6 +79,7 @@ void AddTestAccount(const TestAccount& account, const std::string& sid) {
   entry.fullName = account.fullName;
   entry.type = static_cast<machine::AccountType>(account.privilege);
   entry.home = account.databaseProfile;
+  if (account.hasGroup) entry.groups = {TestGroup(account)};
   machine::ThisMachine().accounts.push_back(entry);
   std::string error;
   if (!machine::ThisMachine().SaveAccounts(&error)) ADD_FAILURE() << error;

@@ -32,6 +32,7 @@ void AddTestAccount(const TestAccount& account, const std::string& sid) {
   entry.fullName = account.fullName;
   entry.profile = account.databaseProfile;
   entry.privilege = account.privilege;
+  if (account.hasGroup) entry.groups = {TestGroup(account)};
   stand_in::TheAccounts().list.push_back(entry);
 }
 
