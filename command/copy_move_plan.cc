@@ -83,7 +83,7 @@ bool CheckTarget(const ConsoleArguments& arguments, const CopyMoveSelection& sel
   const wchar_t* source = selection.source.CStr();
   const wchar_t* target = selection.target.CStr();
   if (IsFilePath(target)) return Object(problem, Quoted(target) + " is a file; give a folder.");
-  if (!CanStartCopyMove(source, target)) {
+  if (!CanStartCopyMove(source, target, selection.folderMask)) {
     return Object(problem, "The folder " + Quoted(target) +
                                " can't be made, because neither the folder above it nor the one above that "
                                "is there; check the path.");

@@ -39,6 +39,8 @@ BindMachine() {
 # times as long.
 EmulateWhereNeeded() {
   local formats=$root/run/binfmt_misc
+  # Of its own where it is only asked for, so that programs to come, without it, see no trace.
+  [[ ${NORVANE_EMULATE-} != 1 ]] || formats+=-asked-for
   MustEmulate "$root" && RegisterEmulator "$formats"
   # Another namespace may have told the kernel; the folder shows that it had to be told.
   [[ -d $formats ]] || return 0

@@ -63,9 +63,10 @@ const RunTree* FindUnmovable(const std::vector<RunTree>& trees) {
   return nullptr;
 }
 
-bool CanStartCopyMove(const wchar_t* source, const wchar_t* target) {
+bool CanStartCopyMove(const wchar_t* source, const wchar_t* target, uint32_t folderMask) {
   WString folder(target);
-  if (UnitCount(source) < kShortestPath || folder.Length() < kShortestPath || !IsFolderPath(source)) {
+  if (!(folderMask & kMaskAll) || UnitCount(source) < kShortestPath || folder.Length() < kShortestPath ||
+      !IsFolderPath(source)) {
     return false;
   }
   // The target itself or its parent may be missing, and one more.

@@ -36,6 +36,6 @@ bool CanMoveFiles(const wchar_t* source, const wchar_t* target);
 // The first tree of a run whose files can't be moved; null if there is none.
 const RunTree* FindUnmovable(const std::vector<RunTree>& trees);
 
-// Whether a copy can start: the source is a folder, and the target, its parent or its parent's parent is
-// one. Both are paths.
-bool CanStartCopyMove(const wchar_t* source, const wchar_t* target);
+// Whether a copy can start: some group of folders is chosen, the source is a folder, and the target, its
+// parent or its parent's parent is one. Both are paths.
+bool CanStartCopyMove(const wchar_t* source, const wchar_t* target, uint32_t folderMask);

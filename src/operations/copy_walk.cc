@@ -63,6 +63,7 @@ class CopyWalk {
   void EnterDirectory();
   bool MakeTargetDirectory(TargetLevel& level);
   void FailDirectory(DWORD error);
+  void CountDirectoryError();
   bool IsParentIntact();
   FileInHand InHand(TargetLevel& level) {
     return {tree_.Entry(), tree_.Size(),   tree_.path,       target_,     level.length,
@@ -113,7 +114,7 @@ bool CopyWalk::Step() {
   if (!target_.Push(name)) {
     bool isDirectory = tree_.IsDirectory();
     ReportLongPath(context_, isDirectory ? kCannotMakeDirectory : kCannotOpenTarget, target_.CStr(), name);
-    if (isDirectory) result_ = false;
+    if (isDirectory) CountDirectoryError();
     return true;
   }
   levels_.back().mayHaveTwin = levels_.back().seen.Add(name);
@@ -121,7 +122,6 @@ bool CopyWalk::Step() {
     TransferFile();
   } else if (IsClash(InHand(levels_.back()), context_)) {
     FailDirectory(ERROR_ALREADY_EXISTS);
-    result_ = false;
   } else {
     EnterDirectory();
   }
@@ -130,7 +130,12 @@ bool CopyWalk::Step() {
 
 void CopyWalk::FailDirectory(DWORD error) {
   ReportTargetFailure(context_, kCannotMakeDirectory, target_.CStr(), error);
+  CountDirectoryError();
+}
+
+void CopyWalk::CountDirectoryError() {
   context_.errors.fetch_add(1, std::memory_order_relaxed);
+  result_ = false;
 }
 
 void CopyWalk::ReportEntryTooLong() {
@@ -152,7 +157,6 @@ void CopyWalk::EnterDirectory() {
   TargetLevel level{{}, target_.Length(), levels_.empty(), false, false, {}, false};
   if (!MakeTargetDirectory(level)) {
     tree_.Leave();
-    result_ = false;
     return;
   }
   levels_.push_back(std::move(level));

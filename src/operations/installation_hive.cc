@@ -6,6 +6,7 @@
 #include "foundation/registry.h"
 #include "foundation/unique_handle.h"
 #include "operations/held_way.h"
+#include "operations/path_queries.h"
 
 namespace {
 
@@ -28,6 +29,12 @@ double ReadVersion(const wchar_t* hiveName) {
   return major + minor / 10.0;
 }
 
+WString HiveFile(const wchar_t* root) {
+  WString file;
+  file.Concat(root, L"\\", kHiveFolder, L"\\SOFTWARE");
+  return file;
+}
+
 bool IsPlainFile(const WString& path) {
   DirectoryEnumerator file;
   return file.First(path.CStr(), kSkipReparsePoints | kSkipDirectories);
@@ -47,8 +54,7 @@ WString TemporaryKeyName() {
 }  // namespace
 
 double ReadHiveVersion(const wchar_t* root) {
-  WString file;
-  file.Concat(root, L"\\", kHiveFolder, L"\\SOFTWARE");
+  const WString file = HiveFile(root);
   HeldWay way;
   // Led astray by a link, this would read the version of the machine that runs now.
   if (way.Hold(root, kHiveFolder, false) != HeldWay::Result::kHeld) return 0.0;
@@ -61,4 +67,10 @@ double ReadHiveVersion(const wchar_t* root) {
   }
   RegUnLoadKeyW(HKEY_LOCAL_MACHINE, name.CStr());
   return version;
+}
+
+WString UnreadableHive(const wchar_t* root) {
+  WString file = HiveFile(root);
+  if (PathAttributes(file.CStr()) == INVALID_FILE_ATTRIBUTES || ReadHiveVersion(root) != 0.0) file.Clear();
+  return file;
 }

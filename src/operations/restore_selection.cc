@@ -28,7 +28,7 @@ using NameSet = std::set<WString, NameOrder>;
 void ReadSetUsers(IniDocument& document, const RestoreRoot& root, const UserTable& accounts,
                   RestoreSelection& selection, LeftOutKeys* leftOut, const StopWord* stop) {
   NameSet seen;
-  for (const SetAccount& account : ReadSetAccounts(document, root.folder.CStr(), leftOut)) {
+  for (const SetAccount& account : ReadSetAccounts(document, root.folder.CStr(), leftOut, stop)) {
     if (IsStopAsked(stop)) return;
     if (!account.hasFolder) continue;
     // A file that names one twice still has one folder for it.
@@ -83,9 +83,13 @@ void WriteUsers(IniDocument& document, const RestoreSelection& selection, WStrin
   }
 }
 
+const wchar_t* ExtraFoldersSection(const RestoreRoot& root) {
+  return root.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection;
+}
+
 void WriteExtraFolders(IniDocument& document, const RestoreRoot& root, const RestoreSelection& selection,
                        WStringArray* leftOut) {
-  const wchar_t* section = root.isSet ? kRestoreExtraFoldersSection : kRestoreFromExtraFoldersSection;
+  const wchar_t* section = ExtraFoldersSection(root);
   document.RemoveSections(section);
   for (const RestoreFolderRow& row : selection.extraFolders) {
     if (!row.isTicked) continue;
@@ -177,6 +181,10 @@ void WriteRestoreSelection(IniDocument& document, const RestoreRoot& root, const
   WriteExtraFolders(document, root, selection, leftOut);
   if (root.isSet) return;
   SetNumber(document, kSkipAttributesKey, selection.skipAttributes & (kSkipHiddenFiles | kSkipSystemFiles));
+}
+
+bool RemoveExtraFolderRow(IniDocument& document, const RestoreRoot& root, const RestoreFolderRow& row) {
+  return document.DeleteKey(ExtraFoldersSection(root), ExtraFolderKey(root, row).CStr()) == 1;
 }
 
 void ListRestoreRow(const RestoreRoot& root, const RestoreUserRow& row, uint32_t mask,

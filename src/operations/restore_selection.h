@@ -67,6 +67,10 @@ WString ExtraFolderKey(const RestoreRoot& root, const RestoreFolderRow& row);
 void WriteRestoreSelection(IniDocument& document, const RestoreRoot& root, const RestoreSelection& selection,
                            WStringArray* leftOut = nullptr);
 
+// Takes an extra folder that a person has removed from the rows out of the info file of the root, so that
+// the next visit doesn't offer it again. True if the file held it.
+bool RemoveExtraFolderRow(IniDocument& document, const RestoreRoot& root, const RestoreFolderRow& row);
+
 // The trees of one row, ticked or not, for the bits of `mask`. The account counts as in ListRestoreRun.
 void ListRestoreRow(const RestoreRoot& root, const RestoreUserRow& row, uint32_t mask,
                     const ProtectedPlaces& places, RestoreTrees& found);

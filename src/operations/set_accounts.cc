@@ -22,9 +22,10 @@ struct KeyOrder {
 };
 
 // The accounts of the last run. All at once, since a lookup in the document takes a walk through it.
-std::set<WString, KeyOrder> ReadChosen(IniDocument& document) {
+std::set<WString, KeyOrder> ReadChosen(IniDocument& document, const StopWord* stop) {
   std::set<WString, KeyOrder> seen, chosen;
   VisitKeys(document, kBackupUsersSection, [&](const WString& name, WString& value) {
+    if (IsStopAsked(stop)) return;
     const bool isFirst = seen.insert(name).second;
     if (isFirst && value.ToUInt32() != 0) chosen.insert(name);
   });
@@ -49,12 +50,13 @@ void ParseUserValue(const WString& value, int32_t& privilege, WString& displayNa
   if (level <= 2) privilege = static_cast<int32_t>(level);
 }
 
-std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder,
-                                        LeftOutKeys* leftOut) {
+std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder, LeftOutKeys* leftOut,
+                                        const StopWord* stop) {
   std::vector<SetAccount> accounts;
-  const std::set<WString, KeyOrder> chosen = ReadChosen(document);
+  const std::set<WString, KeyOrder> chosen = ReadChosen(document, stop);
   std::set<WString, KeyOrder> seen;
   VisitKeys(document, kUsersSection, [&](const WString& name, const WString& value) {
+    if (IsStopAsked(stop)) return;
     if (!seen.insert(name).second) {  // of two keys of one name the first counts
       if (leftOut && HasFolder(setFolder, name)) leftOut->repeated.Add(name.CStr());
       return;

@@ -7,6 +7,7 @@
 
 #include "foundation/ini_document.h"
 #include "operations/left_out_keys.h"
+#include "operations/stop_word.h"
 
 struct SetAccount {
   WString name;
@@ -19,9 +20,9 @@ struct SetAccount {
 
 // In the order of the file, each once. `setFolder` is the folder of the info file. A key that leads out of
 // the set's folder of accounts has no folder; it is added to `leftOut`, and so is what would be a second
-// account of one folder.
+// account of one folder. A stop, which may be null, leaves out all that is still to come.
 std::vector<SetAccount> ReadSetAccounts(IniDocument& document, const wchar_t* setFolder,
-                                        LeftOutKeys* leftOut = nullptr);
+                                        LeftOutKeys* leftOut = nullptr, const StopWord* stop = nullptr);
 
 // "level|display name". Without a bar the whole text is the display name.
 void ParseUserValue(const WString& value, int32_t& privilege, WString& displayName);

@@ -162,11 +162,13 @@ TEST(BackupFaults, StopsBeforeAnythingIsMade) {
 // A stranger's file with millions of rows, some of which would be refused in the end.
 TEST(RestoreFaults, StopsWhileItPlans) {
   Faulty test;
-  std::string rows = "[Users]\r\nAnna=1|A\r\n[ExtraFolders]\r\n";
+  std::string rows = "[Users]\r\nAnna=1|A\r\n";
+  for (int i = 0; i < 1000; i++) rows += "User" + std::to_string(i) + "=1|U\r\n";
+  rows += "[ExtraFolders]\r\n";
   for (int i = 0; i < 1000; i++) rows += "C:\\Data" + std::to_string(i) + "=1\r\n";
   test.files.File("set/BackupInfo.grxsv", rows);
   test.files.File("set/Users/Anna/Documents/a");
-  for (const char* at : {"*ExtraFolders*", "*set\\Users\\Anna*"}) {
+  for (const char* at : {"*ExtraFolders*", "*set\\Users\\Anna*", "*set\\Users\\User*"}) {
     int asked = 0;
     machine::FaultPlan plan;
     plan.call = "GetFileAttributesW";

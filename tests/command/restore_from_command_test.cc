@@ -48,6 +48,15 @@ TEST(RestoreFromCommand, BringsBothLayoutsOfADisk) {
   }
 }
 
+// The layout was guessed, and nobody would know.
+TEST(RestoreFromCommand, TellsOfARegistryThatItCannotRead) {
+  Machine machine;
+  EXPECT_THAT(machine.RestoreFrom(0, {"--dry-run"}).errors, Not(HasSubstr("SOFTWARE")));
+  machine.files.File("disk/Windows/System32/config/SOFTWARE", "regf, and nothing more");
+  EXPECT_THAT(machine.RestoreFrom(0, {"--dry-run"}).errors,
+              HasSubstr("config\\SOFTWARE\" is damaged or doesn't tell it"));
+}
+
 // The folders of one run are offered by the next one, and only those.
 TEST(RestoreFromCommand, RemembersAdditionalFolders) {
   Machine machine;

@@ -1,7 +1,9 @@
-// A stranger's info file, from its rows to the end of a restore that takes all of them: nothing outside the
-// account's folders and the places that were chosen is written.
+// A stranger's info file, from its rows to the end of a restore that takes all of them. Nothing outside the
+// account's folders and the places that were chosen is written; where the file's own targets are taken, as
+// far as they have their ticks, nothing of the system and of other accounts.
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include "core/app_object.h"
 #include "fuzz_machine.h"
@@ -13,13 +15,28 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kOpenFolders[] = {"/Test", "/Chosen", "/Users/Anna"};
+
+// Folders at the top of the drive and beside the profiles, as they were at first. A new one hurts nobody.
+std::set<std::string>& FirstFolders() {
+  static std::set<std::string> folders;
+  return folders;
+}
+
+bool IsNew(const std::string& path) {
+  const bool isBesideProfiles = path.starts_with("/Users/") && path.find('/', 7) == path.npos;
+  return (path.rfind('/') == 0 || isBesideProfiles) && !FirstFolders().contains(path);
+}
+
 // What is on the drive, but for the set and the folders that may be written to.
-std::string Listing() {
+std::string Listing(bool withNew) {
   std::string text;
   for (auto it = fs::recursive_directory_iterator(FuzzDrive()); it != fs::recursive_directory_iterator();
        ++it) {
     const std::string path = it->path().string().substr(FuzzDrive().size());
-    if (path == "/Test" || path == "/Chosen" || path == "/Users/Anna") {
+    const bool isOpen =
+        std::find(std::begin(kOpenFolders), std::end(kOpenFolders), path) != std::end(kOpenFolders);
+    if (isOpen || (!withNew && IsNew(path))) {
       it.disable_recursion_pending();
       continue;
     }
@@ -35,23 +52,41 @@ void PutFile(const std::string& path) {
   std::ofstream(FuzzDrive() + path) << "x";
 }
 
-bool Prepare() {
+bool FillSet() {
+  fs::remove_all(FuzzDrive() + "/Test");
   for (const char* name : {"Anna", "Bob", "Users", "x"}) {
     for (const char* folder : {"AppData", "LocalAppData", "Desktop", "Documents", "Other"})
       PutFile(std::string("/Test/Users/") + name + "/" + folder + "/f");
   }
   for (const char* name : {"A", "B", "0123456789ABCDEF0123456789ABCDEF"})
     PutFile(std::string("/Test/ExtraFolders/") + name + "/f");
-  PutFile("/secret");
   return true;
+}
+
+bool Prepare() {
+  PutFile("/secret");
+  for (const std::string folder : {"", "/Users"}) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(FuzzDrive() + folder))
+      FirstFolders().insert(folder + "/" + entry.path().filename().string());
+  }
+  return FillSet();
+}
+
+void RemoveNewFolders() {
+  for (const std::string folder : {"", "/Users"}) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(FuzzDrive() + folder)) {
+      if (IsNew(folder + "/" + entry.path().filename().string())) fs::remove_all(entry.path());
+    }
+  }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const bool isReady = !FuzzDrive().empty() && Prepare();
-  static const std::string before = Listing();
+  static const std::string before = Listing(true);
   Require(isReady, "a set");
+  const bool takesItsWord = size % 2 != 0;
   WriteOnDisk("Test/BackupInfo.grxsv", data, size);
   AppObject app;
   IniDocument document;
@@ -71,8 +106,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   const ProtectedPlaces places(*accounts);
   UntickProtected(places, selection);
-  // A person takes each folder to one place.
-  for (RestoreFolderRow& row : selection.extraFolders) row.target = L"C:\\Chosen";
+  // Otherwise a person takes each folder to one place.
+  for (RestoreFolderRow& row : selection.extraFolders) {
+    if (!takesItsWord) row.target = L"C:\\Chosen";
+  }
   WriteRestoreSelection(document, root, selection);
 
   OperationContext context;
@@ -85,8 +122,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   UnloadOwnHives();
   Require(context.outcome == OperationOutcome::kComplete || context.outcome == OperationOutcome::kFailures,
           "a restore comes to its end");
-  Require(Listing() == before, "nothing is written outside the chosen places");
-  fs::remove_all(FuzzDrive() + "/Chosen");
+  Require(Listing(!takesItsWord) == before, "nothing is written outside the open places");
+  RemoveNewFolders();
+  if (takesItsWord) FillSet();
   for (const char* folder : {"AppData", "Desktop", "Documents", "Other"})
     fs::remove_all(FuzzDrive() + "/Users/Anna/" + folder);
   return 0;

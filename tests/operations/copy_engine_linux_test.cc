@@ -248,4 +248,18 @@ TEST(CopyEngine, TellsOfPathsThatAreTooLong) {
   EXPECT_TRUE(run.place.Exists("target/other"));
 }
 
+// The same where only the target's path is too long: it is a folder that couldn't be made.
+TEST(CopyEngine, CountsFoldersWhoseTargetPathIsTooLong) {
+  CopyRun run;
+  run.place.File("source/other");
+  close(MakeDeepFolder(OpenFolder(run.place / "source"), std::string(250, 'd'), 129));
+  std::string longer(401, 't');
+  longer[200] = '/';
+  EXPECT_FALSE(RunCopyPhase((run.place / "source").CStr(), (run.place / longer).CStr(), *run.context, false));
+  EXPECT_EQ(run.context->failures, 1);
+  EXPECT_EQ(run.context->errors, 1);
+  EXPECT_THAT(run.Log(), ElementsAre(StartsWith("Error! Could not create destination directory: ")));
+  EXPECT_TRUE(run.place.Exists(longer + "/other"));
+}
+
 }  // namespace

@@ -57,9 +57,10 @@ TEST(CopyMoveSelection, MovesOnOneDriveOnly) {
 TEST(CopyMoveSelection, StartsWithAFolderUnderAnExistingOne) {
   TestPlace place;
   const WString source = place.Folder("from");
-  EXPECT_TRUE(CanStartCopyMove(source.CStr(), (place / "new").CStr()));
-  EXPECT_TRUE(CanStartCopyMove(source.CStr(), (place / "new/new").CStr()));
-  EXPECT_FALSE(CanStartCopyMove(source.CStr(), (place / "a/b/c").CStr()));
+  EXPECT_TRUE(CanStartCopyMove(source.CStr(), (place / "new").CStr(), kMaskDocuments));
+  EXPECT_TRUE(CanStartCopyMove(source.CStr(), (place / "new/new").CStr(), kMaskAll));
+  EXPECT_FALSE(CanStartCopyMove(source.CStr(), (place / "a/b/c").CStr(), kMaskAll));
+  EXPECT_FALSE(CanStartCopyMove(source.CStr(), (place / "new").CStr(), 0)) << "nothing is chosen";
 }
 
 TEST(CopyMoveSelection, GoesThroughItsDocument) {

@@ -148,6 +148,20 @@ TEST(RestoreSelection, KnowsTheKeyOfAnExtraFolder) {
   }
 }
 
+// A row that a person took away would be offered again at the next visit, or its neighbour would be gone.
+TEST(RestoreSelection, ForgetsOneExtraFolder) {
+  IniDocument document;
+  for (const wchar_t* section : {L"RTExtraFolders", L"RTExtraFolders2"}) {
+    for (const wchar_t* key : {L"Data\\x", L"Data"}) document.SetValue(section, key, L"D:\\back");
+  }
+  const RestoreRoot root{L"E:\\old", false, 10.0};
+  EXPECT_TRUE(RemoveExtraFolderRow(document, root, {L"e:\\OLD\\Data", L"", false}));
+  EXPECT_FALSE(RemoveExtraFolderRow(document, root, {L"E:\\other\\Data", L"", false}));
+  EXPECT_EQ(Utf8(document.BuildText()),
+            "[RTExtraFolders]\r\nData\\x=D:\\back\r\nData=D:\\back\r\n"
+            "[RTExtraFolders2]\r\nData\\x=D:\\back\r\n");
+}
+
 // A stranger's set that puts a folder back over the system without anybody's word.
 TEST(RestoreSelection, UnticksExtraFoldersThatGoToProtectedPlaces) {
   AccountPlace machine;
