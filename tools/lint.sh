@@ -31,7 +31,7 @@ mapfile -t scripts < <(grep -lE -m 1 '^#!.*bash|^# shellcheck shell=bash' dev .c
 shellcheck "${scripts[@]}" || status=1
 
 # Sources of the Linux build that haven't been found good since they, a header or the checks last changed.
-NewestHeader() { find "$@" .clang-tidy \( -name '*.h' -o -name .clang-tidy \) -printf '%T@ %p\n' | sort -rn | head -n 1 | cut -d' ' -f2; }
+NewestHeader() { find "$@" .clang-tidy \( -name '*.h' -o -name .clang-tidy \) -printf '%T@ %p\n' | sort -rn | sed -n '1s/^[^ ]* //p'; }
 newest=$(NewestHeader src command platform)
 newest_of_tests=$(NewestHeader src command platform tests)
 sources=()
