@@ -1,6 +1,7 @@
 // A stranger's info file, from its rows to the end of a restore that takes all of them. Nothing outside the
 // account's folders and the places that were chosen is written; where the file's own targets are taken, as
 // far as they have their ticks, nothing of the system and of other accounts.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
