@@ -19,7 +19,6 @@ TEST(CommandLine, ChoosesTheStartMode) {
   for (const char* name : {"a b.nvsav", "SET.GRXSV", "other.txt", "nvsav", "d.nvsav/file"}) place.File(name);
   const Case cases[] = {
       {"", StartMode::kHome, false, ""},
-      {"/E", StartMode::kHome, false, ""},
       {"\"~\\a b.nvsav\"", StartMode::kOpenBackup, false, "a b.nvsav"},
       {"~\\SET.GRXSV", StartMode::kOpenBackup, false, "SET.GRXSV"},
       {"/editbackup ~\\SET.GRXSV", StartMode::kEditBackup, false, "SET.GRXSV"},

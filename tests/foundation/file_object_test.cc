@@ -117,19 +117,6 @@ TEST(FileObject, MakesTheFoldersAndRefusesWhatIsShared) {
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
-// A closed file or an empty text is no success, and takes the old text of the output with it.
-TEST(FileObject, DoesNothingWhenClosed) {
-  TestPlace place;
-  FileObject file;
-  WString text(L"old");
-  EXPECT_EQ(file.ReadAllText(text), 0);
-  EXPECT_TRUE(text.IsEmpty());
-  EXPECT_FALSE(file.WriteText(L"x"));
-  EXPECT_FALSE(file.Seek(0, FILE_BEGIN));
-  file.Open((place / "x").CStr(), kFileCreateAlways);
-  EXPECT_FALSE(file.WriteText(nullptr));
-}
-
 // A sparse file of 2 GiB costs nothing on the disk, and its size doesn't fit the count of one text.
 TEST(FileObject, RefusesATextBeyondTwoGigabytes) {
   TestPlace place;

@@ -8,7 +8,6 @@
 #include <memory>
 
 #include "foundation/acl_buffer.h"
-#include "foundation/directory_enumerator.h"
 #include "foundation/listed_entries.h"
 #include "foundation/privileges.h"
 #include "machine/faults.h"
@@ -63,16 +62,6 @@ TEST_F(ForceDeleteLinks, LinkThatResistsLeavesItsTargetAsItIs) {
   EXPECT_EQ(ForceDelete(link.CStr(), kDeleteTakeOwnership), kDeleteFailed);
   machine::ClearFaults();
   EXPECT_TRUE(place.Exists("tree/link"));
-}
-
-// A pattern's folder is the caller's own word and may lead through a link; what it holds may not.
-TEST_F(ForceDeleteLinks, FolderOfAPatternMayBeALink) {
-  place.File("real/a.tmp");
-  place.File("real/b.txt");
-  place.Link("real/c.tmp", "outside");
-  place.Link("link", "real");
-  EXPECT_EQ(ForceDelete((place / "link/*.tmp").CStr(), kDeleteTakeOwnership), kDeleted);
-  EXPECT_THAT(place.List("real"), ElementsAre("b.txt"));
 }
 
 // At every call of a delete somebody else puts a link in the place of a folder that is still to come or
@@ -142,13 +131,6 @@ TEST(ForceDeleteRights, WhatStaysKeepsItsRights) {
   EXPECT_EQ(ListOf(kept), before);
 }
 
-int Seen(const WString& pattern, uint32_t filter) {
-  DirectoryEnumerator walk;
-  int seen = 0;
-  for (bool more = walk.First(pattern.CStr(), filter); more; more = walk.Next()) ++seen;
-  return seen;
-}
-
 TEST(ForceDeleteFaults, ListingThatBreaksOffIsAFailure) {
   TestPlace place;
   for (const char* name : {"tree/a", "tree/b", "tree/c"}) place.File(name);
@@ -157,22 +139,8 @@ TEST(ForceDeleteFaults, ListingThatBreaksOffIsAFailure) {
   plan.nth = 4;  // "." and ".." are entries, too
   plan.error = ERROR_CRC;
   machine::SetFaults(plan);
-  EXPECT_EQ(Seen(place / "tree/*", 0), 2);
-  EXPECT_FALSE(ListingEnded());
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
-  machine::SetFaults(plan);
   EXPECT_EQ(ForceDelete((place / "tree").CStr(), kDeleteTakeOwnership), kDeleteFailed);
   machine::ClearFaults();
-}
-
-TEST(DirectoryEnumeratorLinks, AreLeftOutWhenAsked) {
-  TestPlace place;
-  place.File("docs/a.txt");
-  place.Folder("docs/sub");
-  place.Link("docs/loop", "docs");
-  EXPECT_EQ(Seen(place / "docs/*", 0), 3);
-  EXPECT_EQ(Seen(place / "docs/*", kSkipReparsePoints), 2);
-  EXPECT_EQ(Seen(place / "docs/*", kSkipReparsePoints | kOnlyDirectories), 1);
 }
 
 }  // namespace

@@ -22,13 +22,4 @@ TEST(HeldDirectory, StaysWhereItIs) {
   EXPECT_TRUE(MoveFileExW(folder.CStr(), (place / "moved").CStr(), 0));
 }
 
-TEST(HeldDirectory, OnlyDirectoriesAreHeld) {
-  TestPlace place;
-  HeldDirectory held;
-  EXPECT_EQ(held.Open(place.File("file").CStr()), HoldResult::kFailed);
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_DIRECTORY});
-  EXPECT_EQ(held.Open((place / "missing").CStr()), HoldResult::kFailed);
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
-}
-
 }  // namespace

@@ -14,17 +14,12 @@ WString SystemProgram(const wchar_t* name) {
   return WString(folder) + L"\\" + name;
 }
 
-TEST(RunningProcesses, ExitCodeComesBack) {
+TEST(RunningProcesses, ExitCodeComesBackAndTheWorkingFolderIsUsed) {
   const WString shell = SystemProgram(L"cmd.exe");
   EXPECT_EQ(RunProcess(shell.CStr(), L"cmd /c exit 7", nullptr, kProcessWait), 7);
   EXPECT_EQ(RunProcess(nullptr, L"cmd /c exit 3", L"C:\\", kProcessWait | kProcessWithoutRedirection), 3);
-}
-
-TEST(RunningProcesses, WorkingFolderIsUsed) {
   TestPlace place;
-  EXPECT_EQ(RunProcess(SystemProgram(L"cmd.exe").CStr(), L"cmd /c echo x>made.txt", place.Path().CStr(),
-                       kProcessWait),
-            0);
+  EXPECT_EQ(RunProcess(shell.CStr(), L"cmd /c echo x>made.txt", place.Path().CStr(), kProcessWait), 0);
   EXPECT_TRUE(place.Exists("made.txt"));
 }
 

@@ -99,14 +99,9 @@ TEST(Folders, AreWhereTheHiveSays) {
   std::filesystem::remove_all(place.Disk("D:\\Anna's papers"));
   EXPECT_EQ(FolderOf(CSIDL_PERSONAL), "error");
   EXPECT_EQ(FolderOf(CSIDL_PERSONAL | CSIDL_FLAG_DONT_VERIFY), "D:\\Anna's papers");
-}
-
-TEST(Folders, OfAnOldLayout) {
-  MachinePlan plan = TwoAccounts();
+  // The layout of the years before.
   plan.major = 5;
-  plan.minor = 1;
-  plan.build = 2600;
-  TestMachine place(plan);
+  TestMachine old(plan);
   EXPECT_EQ(FolderOf(CSIDL_PROFILE), "C:\\Documents and Settings\\Anna");
   EXPECT_EQ(FolderOf(CSIDL_MYMUSIC), "C:\\Documents and Settings\\Anna\\My Documents\\My Music");
 }

@@ -25,11 +25,7 @@ class DeadDisk {
  public:
   DeadDisk() {
     machine::MachinePlan plan = TwoAccounts();
-    plan.major = 10;
-    plan.build = 22631;
     plan.computerName = "OLD-PC";
-    plan.accounts[0].rid = 1001;
-    plan.accounts[1].rid = 1002;
     std::string error;
     EXPECT_TRUE(machine::CreateMachine(place_.path + "/made", plan, &error)) << error;
     std::filesystem::remove(place_.path + "/made/machine.ini");

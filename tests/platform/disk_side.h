@@ -3,7 +3,6 @@
 // The other side of the platform's files: what lies on the disk, seen and made without the platform.
 #pragma once
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -26,11 +25,6 @@ inline bool MakeOnDisk(const std::string& file, const std::string& bytes = "x") 
   int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
   bool isWritten = write(descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
   return close(descriptor) == 0 && isWritten;
-}
-
-inline bool IsOnDisk(const std::string& file) {
-  struct stat status;
-  return lstat(file.c_str(), &status) == 0;
 }
 
 // The error of a call that gives FALSE; 0 where it worked.

@@ -32,34 +32,11 @@ TEST_F(Faults, TheNthMatchingCallFails) {
   EXPECT_TRUE(Create(place / "b3.txt"));
   EXPECT_EQ(machine::FaultCalls(), 3u);
   EXPECT_EQ(machine::FaultChanges(), 5u);
-  plan.andAllLater = true;
-  machine::SetFaults(plan);
-  EXPECT_TRUE(Create(place / "b1.txt"));
-  EXPECT_FALSE(Create(place / "b1.txt"));
-  EXPECT_FALSE(Create(place / "b1.txt"));
-}
-
-TEST_F(Faults, SomethingHappensRightBeforeACall) {
-  FaultPlan plan;
-  plan.call = "DeleteFileW";
-  plan.before = [&](std::string_view, std::string_view path) {
-    place.File("made.txt", std::string(path));  // calls of its own don't count
-    DeleteFileW((place / "other.txt").CStr());
-  };
-  place.File("a.txt");
-  place.File("other.txt");
-  machine::SetFaults(plan);
-  EXPECT_TRUE(DeleteFileW((place / "a.txt").CStr()));
-  EXPECT_EQ(place.Read("made.txt"), Utf8(place / "a.txt"));
-  EXPECT_FALSE(place.Exists("other.txt"));
-  EXPECT_EQ(machine::FaultCalls(), 1u);
 }
 
 TEST_F(Faults, AreReadFromAFile) {
   const std::string file = OnDisk(place.Path()) + "/faults.ini";
   std::string error;
-  EXPECT_TRUE(machine::LoadFaults(file, &error));  // there is none
-  EXPECT_FALSE(machine::FaultsAreSet());
   MakeOnDisk(file, "[Faults]\nCall=CreateFileW\nPath=*\\B.TXT\nNth=0x1\nError=32\n");
   ASSERT_TRUE(machine::LoadFaults(file, &error)) << error;
   EXPECT_TRUE(Create(place / "a.txt"));

@@ -41,16 +41,14 @@ std::vector<uint8_t> Bytes(const std::string& hex) {
 TEST(FileAttributes, HaveTheFormThatSambaReads) {
   const std::string tail = "11 00 00 00 23 00 00 00 ";
   const std::string created = "ef cd ab 89 67 45 23 01";
-  const std::string version3 = "30 78 32 33 00 00 03 00 03 00 00 00 " + tail;
   std::string nothing;
   for (int i = 0; i < 20; ++i) nothing += "00 ";
-  EXPECT_EQ(machine::MakeDosAttribute(0x23, 0x0123456789ABCDEF),
-            Bytes(version3 + nothing + created + " 00 00 00 00 00 00 00 00"));
   const std::string forms[] = {
-      version3 + nothing + created + " 00 00 00 00 00 00 00 00",
+      "30 78 32 33 00 00 03 00 03 00 00 00 " + tail + nothing + created + " 00 00 00 00 00 00 00 00",
       "00 00 04 00 04 00 00 00 " + tail + "00 00 00 00 00 00 00 00 " + created,
       "00 00 05 00 05 00 00 00 " + tail + created,
   };
+  EXPECT_EQ(machine::MakeDosAttribute(0x23, 0x0123456789ABCDEF), Bytes(forms[0]));
   for (const std::string& form : forms) {
     uint32_t attributes = 0;
     uint64_t time = 0;
@@ -123,7 +121,7 @@ TEST_F(MountedDisk, WithoutAPlaceForAttributesFailsAloud) {
   EXPECT_EQ(SetBasic(file, FILE_ATTRIBUTE_ARCHIVE, kTime, 0, 0), DWORD{ERROR_NOT_SUPPORTED});
   EXPECT_EQ(SetBasic(file, 0, 0, kTime, kTime), 0u);
   EXPECT_FALSE(Open(L"E:\\h", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN));
-  EXPECT_FALSE(IsOnDisk(folder_ + "/h"));
+  EXPECT_FALSE(std::filesystem::exists(folder_ + "/h"));
 }
 
 // The disk of a dead machine: its own attributes, creation times and links, by the NTFS driver.

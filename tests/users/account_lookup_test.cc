@@ -6,7 +6,6 @@
 #include <userenv.h>
 
 #include "support/account_place.h"
-#include "users/account_facts.h"
 
 namespace {
 
@@ -64,20 +63,6 @@ TEST(AccountLookup, LeavesTheProfileAloneWithoutASid) {
     EXPECT_FALSE(GetAccountSidAndProfile(name, sid, &profile)) << Utf8(name);
     EXPECT_EQ(Utf8(profile), "before");
   }
-}
-
-TEST(AccountFacts, GiveLevelAndFullName) {
-  AccountPlace place;
-  place.Add({.name = "Anna", .fullName = "Anna Berg", .privilege = 2});
-  place.Add({.name = "Eve", .privilege = 0});
-  AccountFacts facts;
-  ASSERT_TRUE(GetAccountFacts(L"anna", facts)) << "names are compared without case";
-  EXPECT_EQ(facts.privilege, 2u);
-  EXPECT_EQ(Utf8(facts.fullName), "Anna Berg");
-  ASSERT_TRUE(GetAccountFacts(L"Eve", facts));
-  EXPECT_EQ(facts.privilege, 0u);
-  EXPECT_TRUE(facts.fullName.IsEmpty());
-  EXPECT_FALSE(GetAccountFacts(L"Nobody", facts));
 }
 
 }  // namespace

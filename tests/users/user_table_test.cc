@@ -88,6 +88,7 @@ TEST(UserTable, FallsBackToTheConsoleUser) {
   EXPECT_TRUE(UnloadOwnHives().empty()) << "the hive of who is logged on isn't this program's";
 }
 
+// At the logon screen the session has an empty name, which the look-up would take for a domain.
 TEST(UserTable, HasOneEmptyRowWhenNobodyIsFound) {
   AccountPlace place;
   place.Add({.name = "NoProfile", .profileImagePath = ""});

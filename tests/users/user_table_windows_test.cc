@@ -34,16 +34,6 @@ TEST(UserTable, FallsBackWhereTheDatabaseCantBeRead) {
   EXPECT_EQ(Utf8(table->userNames[0]), "Anna");
 }
 
-TEST(UserTable, PassesOverEntriesWithoutAName) {
-  AccountPlace place;
-  place.Add({.name = "Anna"});
-  stand_in::TheAccounts().list.insert(stand_in::TheAccounts().list.begin(), stand_in::Account());
-
-  WStringArray sids, paths, names;
-  EXPECT_EQ(EnumerateLocalUsers(sids, paths, names), 1u);
-  EXPECT_EQ(Utf8(names[0]), "Anna");
-}
-
 // Would catch one person's data in the hands of another one who has the same name in the domain, and an
 // account that isn't found because the computer is called like it.
 TEST(AccountLookup, TakesTheMachinesOwnAccountFirst) {
