@@ -4,7 +4,6 @@
 #include "given_path.h"
 #include "interrupt.h"
 #include "operations/copy_move_selection.h"
-#include "operations/installation_hive.h"
 #include "operations/path_queries.h"
 #include "operations/restore_start.h"
 #include "operations/run_overlap.h"
@@ -36,8 +35,8 @@ bool OpenInstallation(const ConsoleArguments& arguments, const AppObject& app, R
     return Object(problem, EscapedLines(SystemRootText(folder.CStr()).CStr()));
   }
   plan.root.isSet = false;
-  plan.root.version = GetInstallationVersion(folder.CStr());
-  const WString hive = UnreadableHive(folder.CStr());
+  WString hive;
+  plan.root.version = GetInstallationVersion(folder.CStr(), &hive);
   if (!hive.IsEmpty()) {
     plan.notes.push_back("The version of that Windows was taken from its folders, because " + Quoted(hive) +
                          " is damaged or doesn't tell it.");

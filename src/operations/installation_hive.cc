@@ -69,8 +69,8 @@ double ReadHiveVersion(const wchar_t* root) {
   return version;
 }
 
-WString UnreadableHive(const wchar_t* root) {
+WString InstallationHive(const wchar_t* root) {
   WString file = HiveFile(root);
-  if (PathAttributes(file.CStr()) == INVALID_FILE_ATTRIBUTES || ReadHiveVersion(root) != 0.0) file.Clear();
+  if (PathAttributes(file.CStr()) == INVALID_FILE_ATTRIBUTES) file.Clear();
   return file;
 }

@@ -10,6 +10,5 @@
 // from its own place: none of the folders to it, nor the file, may be a link.
 double ReadHiveVersion(const wchar_t* root);
 
-// The path of that hive, if something stands there that doesn't tell a version, such as a damaged file; empty
-// otherwise.
-WString UnreadableHive(const wchar_t* root);
+// The path of that hive, if something stands there, be it a damaged file or a folder; empty otherwise.
+WString InstallationHive(const wchar_t* root);

@@ -83,9 +83,10 @@ void ScanExtraFolders(const WString& root, SourceScan& scan, LeftOutKeys* leftOu
 
 }  // namespace
 
-double GetInstallationVersion(const wchar_t* root) {
+double GetInstallationVersion(const wchar_t* root, WString* silentHive) {
   const WString folder = WithoutBackslash(root);
   const double version = ReadHiveVersion(folder.CStr());
+  if (silentHive) *silentHive = version == 0.0 ? InstallationHive(folder.CStr()) : WString();
   return version > kOldestBelievable ? version : VersionFromFolders(folder);
 }
 

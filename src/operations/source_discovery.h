@@ -12,8 +12,9 @@
 
 // Windows version of the installation under `root`, as major + minor / 10; 0.0 if nothing is recognised.
 // Asks the installation's own registry first, and its folders otherwise. Needs the backup and restore
-// privileges for the former.
-double GetInstallationVersion(const wchar_t* root);
+// privileges for the former. `silentHive`, which may be null, gets the path of a registry that is there and
+// doesn't tell its version, such as a damaged one; it becomes empty otherwise.
+double GetInstallationVersion(const wchar_t* root, WString* silentHive = nullptr);
 
 // Whether the folder has at least 4 entries that are neither hidden nor system files nor links.
 bool IsPopulatedFolder(const wchar_t* folder);
